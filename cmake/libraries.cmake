@@ -1,0 +1,30 @@
+# Third-party libraries under one short name each: kst_library_<name>.
+find_package(Threads REQUIRED)
+find_package(fmt REQUIRED)
+find_package(pugixml REQUIRED)
+find_package(nlohmann_json REQUIRED)
+find_package(CURL REQUIRED)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(LIBZIP REQUIRED IMPORTED_TARGET libzip)
+find_package(Qt6 QUIET COMPONENTS Widgets)
+
+foreach(name fmt pugixml json utf8cpp asio curl zip)
+  add_library(kst_library_${name} INTERFACE)
+endforeach()
+target_link_libraries(kst_library_fmt INTERFACE fmt::fmt)
+target_link_libraries(kst_library_pugixml INTERFACE pugixml::pugixml)
+target_link_libraries(kst_library_json INTERFACE nlohmann_json::nlohmann_json)
+target_link_libraries(kst_library_asio INTERFACE Threads::Threads)
+target_compile_definitions(kst_library_asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED)
+target_link_libraries(kst_library_curl INTERFACE CURL::libcurl)
+target_link_libraries(kst_library_zip INTERFACE PkgConfig::LIBZIP)
+
+# The stand-in servers only.
+add_library(kst_library_httplib INTERFACE)
+target_compile_definitions(kst_library_httplib INTERFACE CPPHTTPLIB_OPENSSL_SUPPORT)
+target_link_libraries(kst_library_httplib INTERFACE cpp-httplib ssl crypto Threads::Threads)
+
+# The fuzz targets need no window.
+if(Qt6_FOUND AND NOT KST_FUZZ)
+  set(KST_WINDOW_TOOLKIT Qt6::Widgets)
+endif()

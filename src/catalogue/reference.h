@@ -1,0 +1,44 @@
+#pragma once
+
+// What exists in the real aviation world: models, size classes, wing spans, airlines, registrations. Filled once by
+// `gf_readDbase` before anything looks up; read-only and lock-free after that.
+
+#include "model/category.h"
+#include "model/regcoderec.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kst {
+
+/// Fetches and reads the reference document. Throws SysErrorException 23 when it cannot be had, UserErrorException
+/// 60 or 61 when it is not what it should be. False when the parser failed half way: what was read stands. Worker.
+bool gf_readDbase();
+
+/// The size class; an unknown model is Light.
+Category gf_category(std::string_view model);
+bool gf_isValidModel(std::string_view model);
+bool gf_isValidAirline(std::string_view code);
+/// Half wing span in nautical miles; of an unknown model the mean of its size class.
+double gf_halfWingSpan(std::string_view model);
+/// The largest half wing span known, nautical miles.
+double maxHalfWingSpan();
+
+/// The spellings of a registration that a lookup tries, in order.
+std::vector<std::string> gf_regcodeVariants(std::string_view regcode);
+std::optional<RegcodeRec> gf_regcodeRecord(std::string_view regcode);
+std::string gf_regcodeAirline(std::string_view regcode);
+std::string gf_regcodeModel(std::string_view regcode);
+std::string gf_regcodeOperator(std::string_view regcode);
+
+/// Puts tables in place of the document, for tests.
+struct ReferenceModel {
+    std::string model;
+    Category category = Category::Light;
+    double spanMetres = 0.0;
+};
+void setReferenceForTest(const std::vector<ReferenceModel>& models);
+
+} // namespace kst

@@ -1,0 +1,7 @@
+#include "scanner/archive.h"
+
+namespace kst {
+
+void gf_scanAirports() {}
+
+} // namespace kst
