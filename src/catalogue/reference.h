@@ -1,7 +1,7 @@
 #pragma once
 
-// What exists in the real aviation world: models, size classes, wing spans, airlines, registrations. Filled once by
-// `gf_readDbase` before anything looks up; read-only and lock-free after that.
+// What exists in the real aviation world: models, size classes, wing spans, airlines, registrations. Filled
+// once by `gf_readDbase` before anything looks up; read-only and lock-free after that.
 
 #include "model/category.h"
 #include "model/regcoderec.h"
@@ -13,8 +13,9 @@
 
 namespace kst {
 
-/// Fetches and reads the reference document. Throws SysErrorException 23 when it cannot be had, UserErrorException
-/// 60 or 61 when it is not what it should be. False when the parser failed half way: what was read stands. Worker.
+/// Fetches and reads the reference document. Throws SysErrorException 23 when it cannot be had,
+/// UserErrorException 60 or 61 when it is not what it should be. False when the parser failed half way: what
+/// was read stands. Worker.
 bool gf_readDbase();
 
 /// The size class; an unknown model is Light.

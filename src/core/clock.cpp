@@ -27,15 +27,25 @@ std::atomic<TimeSource*> timeSource{&systemTime};
 
 } // namespace
 
-void setTimeSource(TimeSource* source) { timeSource = source != nullptr ? source : &systemTime; }
+void setTimeSource(TimeSource* source) {
+    timeSource = source != nullptr ? source : &systemTime;
+}
 
-std::chrono::nanoseconds monotonicNow() { return timeSource.load()->monotonic(); }
+std::chrono::nanoseconds monotonicNow() {
+    return timeSource.load()->monotonic();
+}
 
-std::chrono::system_clock::time_point wallNow() { return timeSource.load()->wall(); }
+std::chrono::system_clock::time_point wallNow() {
+    return timeSource.load()->wall();
+}
 
-void sleepUntil(std::chrono::nanoseconds deadline) { timeSource.load()->sleepUntil(deadline); }
+void sleepUntil(std::chrono::nanoseconds deadline) {
+    timeSource.load()->sleepUntil(deadline);
+}
 
-void sleepFor(std::chrono::milliseconds duration) { sleepUntil(monotonicNow() + duration); }
+void sleepFor(std::chrono::milliseconds duration) {
+    sleepUntil(monotonicNow() + duration);
+}
 
 bool sleepUnlessStopped(std::chrono::milliseconds duration) {
     constexpr std::chrono::milliseconds slice{10};

@@ -1,7 +1,8 @@
 #pragma once
 
-// What the operator sees, as seen by the rest of the program: the message line, the status values, the state of
-// controls. Any thread writes here; the window (window/) draws it. Without a window, as in tests, the values stand.
+// What the operator sees, as seen by the rest of the program: the message line, the status values, the state
+// of controls. Any thread writes here; the window (window/) draws it. Without a window, as in tests, the
+// values stand.
 
 #include "core/parameters.h"
 
@@ -14,7 +15,8 @@ namespace kst {
 
 enum class Band : int { Header, Status, Control, Park, Message };
 
-/// The status values that the window draws. Copied as a whole under one lock, so a paint never sees half a change.
+/// The status values that the window draws. Copied as a whole under one lock, so a paint never sees half a
+/// change.
 struct StatusValues {
     bool simConnected = false;
     bool simRunningShown = false;
@@ -63,7 +65,8 @@ void updateStatus(Band band, const std::function<void(StatusValues&)>& change);
 /// A copy of all status values. Any thread.
 StatusValues statusValues();
 
-/// The message line: does nothing while an error stands. With `logIt` and a non-empty text it also goes to the log.
+/// The message line: does nothing while an error stands. With `logIt` and a non-empty text it also goes to
+/// the log.
 void showMessage(std::string_view text, bool logIt);
 void clearMessage();
 /// The error line: clears the message, stores the text, logs "Error {}". It stands until `clearError`.
@@ -90,8 +93,8 @@ void blankParameter(const Parameter& parameter);
 void enableControl(int controlId, bool enabled);
 bool controlEnabled(int controlId);
 
-/// The window's side of the above. Set once when the window exists; its functions are called on any thread, without
-/// a lock held, and must only post.
+/// The window's side of the above. Set once when the window exists; its functions are called on any thread,
+/// without a lock held, and must only post.
 class DisplaySink {
 public:
     virtual ~DisplaySink() = default;

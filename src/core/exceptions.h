@@ -5,8 +5,8 @@
 
 namespace kst {
 
-/// The user must act; the worker ends and the window stays. Text: "{code}: {message}", with code 99 the message
-/// alone.
+/// The user must act; the worker ends and the window stays. Text: "{code}: {message}", with code 99 the
+/// message alone.
 class UserErrorException : public std::runtime_error {
 public:
     UserErrorException(int code, const std::string& message)

@@ -11,7 +11,9 @@ std::function<void(int)>& exitHandler() {
 }
 } // namespace
 
-void setExitHandler(std::function<void(int seconds)> handler) { exitHandler() = std::move(handler); }
+void setExitHandler(std::function<void(int seconds)> handler) {
+    exitHandler() = std::move(handler);
+}
 
 void gf_requestExit(ExitReason reason, int seconds) {
     bool expected = false;

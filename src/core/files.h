@@ -25,7 +25,8 @@ inline const std::filesystem::path myThirdparty = airports / "my_thirdparty";
 inline const std::filesystem::path learned = airports / "learned";
 } // namespace folders
 
-/// Creates every folder that the program writes to, where it is missing. Throws std::filesystem::filesystem_error.
+/// Creates every folder that the program writes to, where it is missing. Throws
+/// std::filesystem::filesystem_error.
 void lf_createFolders();
 
 /// What the first two bytes of a text file say.
@@ -39,21 +40,24 @@ enum class TextEncoding : int {
 };
 TextEncoding detectEncoding(const std::filesystem::path& path);
 
-/// Reads a text file of any of the encodings into lines of UTF-8 (plain bytes where the file has no mark), without
-/// their line ends. Returns false on failure, which is logged or shown. `lines` is replaced.
+/// Reads a text file of any of the encodings into lines of UTF-8 (plain bytes where the file has no mark),
+/// without their line ends. Returns false on failure, which is logged or shown. `lines` is replaced.
 bool gf_readExtTextFileToStringVector(const std::filesystem::path& path, std::vector<std::string>& lines);
 
-/// The decoding itself, for a file's content in memory. Throws std::runtime_error where UTF-16 cannot be converted.
+/// The decoding itself, for a file's content in memory. Throws std::runtime_error where UTF-16 cannot be
+/// converted.
 std::vector<std::string> decodeTextLines(std::string_view content, TextEncoding encoding);
 
-/// Creates the file, writes the text, with a line end when `newline` is set. Returns whether it could open the file.
+/// Creates the file, writes the text, with a line end when `newline` is set. Returns whether it could open
+/// the file.
 bool writeTextFile(std::string_view text, const std::filesystem::path& path, bool newline);
 
 /// Replaces the file's content as a whole: after a power cut it holds the old or the new content, never half.
 /// Returns false, with the old content intact, when the new content could not be written.
 bool replaceFile(const std::filesystem::path& path, std::string_view content);
 
-/// Saves the document by `replaceFile` and logs "\"{}\" saved", or "could not save to \"{}\"" and returns false.
+/// Saves the document by `replaceFile` and logs "\"{}\" saved", or "could not save to \"{}\"" and returns
+/// false.
 bool saveXml(const pugi::xml_document& document, const std::filesystem::path& path);
 
 /// The number of regular files directly in the folder, 0 when the folder is absent.

@@ -43,7 +43,9 @@ LatLon gf_destination(LatLon p, double bearing, double feet) {
     return {std::asin(sinPhi2) * degPerRad, wrapLongitude(lambda2 * degPerRad)};
 }
 
-double gf_angleDiff(double from, double to) { return std::remainder(to - from, 2 * pi); }
+double gf_angleDiff(double from, double to) {
+    return std::remainder(to - from, 2 * pi);
+}
 
 double wrapHeading(double heading) {
     const double wrapped = std::fmod(heading, 2 * pi);
@@ -55,6 +57,8 @@ double wrapHeading(double heading) {
     return positive < 2 * pi ? positive : 0.0;
 }
 
-double wrapLongitude(double lon) { return std::remainder(lon, 360.0); }
+double wrapLongitude(double lon) {
+    return std::remainder(lon, 360.0);
+}
 
 } // namespace kst

@@ -1,8 +1,8 @@
 #pragma once
 
-// The parameter store: every setting as a process-wide object, kept in parameters.xml of the user's roaming folder
-// Kestrane_P3D. The objects live from before the process entry to its end. Values are read and written on any
-// thread; the file has one lock, and each save replaces it as a whole.
+// The parameter store: every setting as a process-wide object, kept in parameters.xml of the user's roaming
+// folder Kestrane_P3D. The objects live from before the process entry to its end. Values are read and written
+// on any thread; the file has one lock, and each save replaces it as a whole.
 
 #include "core/controlids.h"
 
@@ -57,7 +57,8 @@ private:
 
 class IntParameter : public Parameter {
 public:
-    IntParameter(std::string_view name, int defaultValue, int minimum, int maximum, int controlId = control::none)
+    IntParameter(std::string_view name, int defaultValue, int minimum, int maximum,
+                 int controlId = control::none)
         : Parameter(name, controlId), default_(defaultValue), minimum_(minimum), maximum_(maximum),
           value_(defaultValue) {}
     int get() const { return value_.load(std::memory_order_relaxed); }
@@ -103,7 +104,8 @@ private:
 
 class TextParameter : public Parameter {
 public:
-    explicit TextParameter(std::string_view name, std::string_view defaultValue = {}, int controlId = control::none)
+    explicit TextParameter(std::string_view name, std::string_view defaultValue = {},
+                           int controlId = control::none)
         : Parameter(name, controlId), default_(defaultValue), value_(defaultValue) {}
     std::string get() const;
     bool empty() const { return get().empty(); }
@@ -120,15 +122,15 @@ private:
 
 // Hidden booleans and check boxes.
 extern BoolParameter RANDOM;
-extern BoolParameter SCAN_LIVERIES, LIG_AUTOMATIC, LIG_PRIORITIZE, SUPPRESS_STUB, LOG, ALWAYS_ON_TOP, SCAN_AIRPORTS,
-    AFG_AUTOMATIC, NAV_LIGHTS_WHILE_PARKED, LEARN_SOFT, LIGHT_AIRCRAFT, HELICOPTERS, HIGH_PERF_AIRCRAFT, AEROWINX,
-    GUID_CHANGES, AUTO_RANGE, COLLISION_USER_GND, COLLISION_USER_AIR, COLLISION_LIVE_PARKED_GND, STRAIGHT_PBS_ONLY,
-    PARK_FAKE, WEEK, PARK_SOFT, INITIAL_LOAD_ONLY;
+extern BoolParameter SCAN_LIVERIES, LIG_AUTOMATIC, LIG_PRIORITIZE, SUPPRESS_STUB, LOG, ALWAYS_ON_TOP,
+    SCAN_AIRPORTS, AFG_AUTOMATIC, NAV_LIGHTS_WHILE_PARKED, LEARN_SOFT, LIGHT_AIRCRAFT, HELICOPTERS,
+    HIGH_PERF_AIRCRAFT, AEROWINX, GUID_CHANGES, AUTO_RANGE, COLLISION_USER_GND, COLLISION_USER_AIR,
+    COLLISION_LIVE_PARKED_GND, STRAIGHT_PBS_ONLY, PARK_FAKE, WEEK, PARK_SOFT, INITIAL_LOAD_ONLY;
 // Hidden integers and integers with a text box.
-extern IntParameter CUSTOM_PARKING_PERCENTAGE, MAIN_WINDOW_X, MAIN_WINDOW_Y, LAST_EPOCH_TIME, HOLDING_THRESHOLD_METERS,
-    MAX_HOLDING_MINUTES, P3D_VERSION, MAX_FIT;
-extern IntParameter MATCHING_DEPTH, LATERAL_RANGE, AUTO_RANGE_ABOVE_HEIGHT, MAX_LIVE, CUSTOM_MAX_PARK, AIRPORT_RANGE,
-    AIRPORT_HEIGHT, parking_percentage;
+extern IntParameter CUSTOM_PARKING_PERCENTAGE, MAIN_WINDOW_X, MAIN_WINDOW_Y, LAST_EPOCH_TIME,
+    HOLDING_THRESHOLD_METERS, MAX_HOLDING_MINUTES, P3D_VERSION, MAX_FIT;
+extern IntParameter MATCHING_DEPTH, LATERAL_RANGE, AUTO_RANGE_ABOVE_HEIGHT, MAX_LIVE, CUSTOM_MAX_PARK,
+    AIRPORT_RANGE, AIRPORT_HEIGHT, parking_percentage;
 extern FloatParameter MAX_FIT_FL;
 // Hidden texts and texts with a text box.
 extern TextParameter PROGRAM_VERSION, PROGRAM_INSTALL_PATH, SIM_INSTALL_PATH, PORT_NUMBER;
@@ -145,8 +147,8 @@ std::filesystem::path parametersFile();
 /// Reads the whole store at the start of a run, creating what is missing. Logs as it goes; never throws.
 void readParameters();
 
-/// Writes one value to the file, which is loaded and replaced as a whole, and logs "{}={}". A failed save logs
-/// "saving xml did not work?"; the value stays in memory. Returns whether it was saved. Any thread.
+/// Writes one value to the file, which is loaded and replaced as a whole, and logs "{}={}". A failed save
+/// logs "saving xml did not work?"; the value stays in memory. Returns whether it was saved. Any thread.
 bool saveParameter(const Parameter& parameter);
 
 /// One value straight from the file, before the store is read; empty when the file or the value is missing.

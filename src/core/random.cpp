@@ -33,6 +33,8 @@ std::uint32_t randomBelow(std::uint32_t n) {
     return static_cast<std::uint32_t>(draw % n);
 }
 
-bool chance(std::uint32_t percent) { return randomBelow(100) < percent; }
+bool chance(std::uint32_t percent) {
+    return randomBelow(100) < percent;
+}
 
 } // namespace kst

@@ -1,7 +1,7 @@
 #pragma once
 
-// Random numbers: one Mersenne Twister (MT19937) per thread. Shuffles and chance tests draw from it, so that a
-// seed fixes a whole run. The parameter `RANDOM` decides at the callers whether shuffling happens at all.
+// Random numbers: one Mersenne Twister (MT19937) per thread. Shuffles and chance tests draw from it, so that
+// a seed fixes a whole run. The parameter `RANDOM` decides at the callers whether shuffling happens at all.
 
 #include <cstdint>
 #include <random>
@@ -16,7 +16,8 @@ std::mt19937& randomGenerator();
 /// Makes this thread's generator and those of threads started later begin at `seed`. Tests.
 void seedRandom(std::uint32_t seed);
 
-/// A number from 0 to n - 1, each equally likely: draws outside the largest multiple of n are discarded. n >= 1.
+/// A number from 0 to n - 1, each equally likely: draws outside the largest multiple of n are discarded. n
+/// >= 1.
 std::uint32_t randomBelow(std::uint32_t n);
 
 /// True with a probability of `percent` in 100.

@@ -77,7 +77,9 @@ constexpr std::uint64_t passMicroseconds = 10'000;
 
 } // namespace
 
-std::string_view reasonText(Reason reason) { return reasonTexts.at(static_cast<std::size_t>(reason)); }
+std::string_view reasonText(Reason reason) {
+    return reasonTexts.at(static_cast<std::size_t>(reason));
+}
 
 void countReason(Reason reason) {
     reasons[static_cast<std::size_t>(reason)].fetch_add(1, std::memory_order_relaxed);
@@ -105,18 +107,24 @@ void countPass(std::uint64_t microseconds) {
     }
 }
 
-std::uint64_t passTotal() { return passes.load(std::memory_order_relaxed); }
-std::uint64_t passOverrunTotal() { return overruns.load(std::memory_order_relaxed); }
-std::uint64_t passLongestMicroseconds() { return longest.load(std::memory_order_relaxed); }
+std::uint64_t passTotal() {
+    return passes.load(std::memory_order_relaxed);
+}
+std::uint64_t passOverrunTotal() {
+    return overruns.load(std::memory_order_relaxed);
+}
+std::uint64_t passLongestMicroseconds() {
+    return longest.load(std::memory_order_relaxed);
+}
 
 void logCounts() {
-    logLine(fmt::format("traffic: lines={} accepted={} targets={} buffered={} created={} positions={} removed={} "
-                        "passes={} overruns={} longest_us={}",
-                        happeningTotal(Happening::LinesHeard), happeningTotal(Happening::LinesAccepted),
-                        happeningTotal(Happening::TargetsHeard), happeningTotal(Happening::Buffered),
-                        happeningTotal(Happening::Created), happeningTotal(Happening::PositionsSent),
-                        happeningTotal(Happening::Removed), passTotal(), passOverrunTotal(),
-                        passLongestMicroseconds()));
+    logLine(fmt::format(
+        "traffic: lines={} accepted={} targets={} buffered={} created={} positions={} removed={} "
+        "passes={} overruns={} longest_us={}",
+        happeningTotal(Happening::LinesHeard), happeningTotal(Happening::LinesAccepted),
+        happeningTotal(Happening::TargetsHeard), happeningTotal(Happening::Buffered),
+        happeningTotal(Happening::Created), happeningTotal(Happening::PositionsSent),
+        happeningTotal(Happening::Removed), passTotal(), passOverrunTotal(), passLongestMicroseconds()));
     for (std::size_t i = 1; i < reasonCount; ++i) {
         const std::uint64_t total = reasons[i].load(std::memory_order_relaxed);
         if (total > 0) {

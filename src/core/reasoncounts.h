@@ -1,7 +1,7 @@
 #pragma once
 
-// Counts of why traffic is not there: each dropped feed line, each refused target and each removed aircraft counts
-// under its rule. Also the program's own record of its passes. Any thread; relaxed atomics, no lock.
+// Counts of why traffic is not there: each dropped feed line, each refused target and each removed aircraft
+// counts under its rule. Also the program's own record of its passes. Any thread; relaxed atomics, no lock.
 
 #include "model/reasons.h"
 
@@ -19,7 +19,16 @@ void countReason(Reason reason);
 std::uint64_t reasonTotal(Reason reason);
 
 /// What happened to the traffic since the run began.
-enum class Happening : int { LinesHeard, LinesAccepted, TargetsHeard, Buffered, Created, PositionsSent, Removed, Count };
+enum class Happening : int {
+    LinesHeard,
+    LinesAccepted,
+    TargetsHeard,
+    Buffered,
+    Created,
+    PositionsSent,
+    Removed,
+    Count
+};
 void countHappening(Happening happening, std::uint64_t by = 1);
 std::uint64_t happeningTotal(Happening happening);
 
@@ -29,8 +38,8 @@ std::uint64_t passTotal();
 std::uint64_t passOverrunTotal(); ///< passes longer than 10 ms
 std::uint64_t passLongestMicroseconds();
 
-/// Writes all counts above zero to the log: one line "traffic: ..." and one line "reason {}: {}" each. Hourly and
-/// at the end of a run.
+/// Writes all counts above zero to the log: one line "traffic: ..." and one line "reason {}: {}" each. Hourly
+/// and at the end of a run.
 void logCounts();
 
 void resetCounts();

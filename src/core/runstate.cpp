@@ -36,7 +36,9 @@ std::atomic<double> lastTimestamp{0.0};
 std::atomic<std::int64_t> simEpochSeconds{0};
 std::atomic<int> qnh{standardQnh};
 
-DayHH nowDayHH() { return DayHH::unpacked(nowStamp.load()); }
+DayHH nowDayHH() {
+    return DayHH::unpacked(nowStamp.load());
+}
 
 void resetRunState() {
     simRunning = false;

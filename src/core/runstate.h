@@ -1,7 +1,7 @@
 #pragma once
 
-// The process-wide state of a run: what the worker, the simulator's dispatch thread, the readers, the window and
-// the exit thread tell each other by atomics. `resetRunState` puts all of it back for the next run.
+// The process-wide state of a run: what the worker, the simulator's dispatch thread, the readers, the window
+// and the exit thread tell each other by atomics. `resetRunState` puts all of it back for the next run.
 
 #include "model/dayhh.h"
 #include "model/exitreason.h"
@@ -76,7 +76,8 @@ extern std::atomic<double> requestRangeM;
 extern std::atomic<bool> closeAirportMode;
 /// The engine's limit of live aircraft, -1 for none.
 extern std::atomic<int> liveLimit;
-/// The engine asks for an aircraft scan every 20 passes instead of every 100: a flare is under way. Worker only.
+/// The engine asks for an aircraft scan every 20 passes instead of every 100: a flare is under way. Worker
+/// only.
 extern bool flareActive;
 
 /// Requests from the operator, served on the worker.

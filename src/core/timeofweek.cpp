@@ -24,7 +24,9 @@ std::int64_t presentEpochSeconds() {
     return std::chrono::duration_cast<std::chrono::seconds>(wallNow().time_since_epoch()).count();
 }
 
-void stampNow() { nowStamp = dayHHOf(presentEpochSeconds()).packed(); }
+void stampNow() {
+    nowStamp = dayHHOf(presentEpochSeconds()).packed();
+}
 
 std::int64_t epochSecondsOfZulu(int year, int dayOfYear, double secondsOfDay) {
     using namespace std::chrono;

@@ -9,15 +9,15 @@ namespace kst {
 /// Day of week and half hour of a UTC time, seconds since 1970.
 DayHH dayHHOf(std::int64_t epochSeconds);
 
-/// The present moment of the system in seconds since 1970: the feed's clock while time following is on and a feed
-/// time is known, else the system clock. Any thread.
+/// The present moment of the system in seconds since 1970: the feed's clock while time following is on and a
+/// feed time is known, else the system clock. Any thread.
 std::int64_t presentEpochSeconds();
 
 /// Takes the present half hour into `nowStamp`. Worker.
 void stampNow();
 
-/// Seconds since 1970 of a simulator time: zulu year, zulu day of year (counts from 1), zulu seconds of the day.
-/// Right in leap years.
+/// Seconds since 1970 of a simulator time: zulu year, zulu day of year (counts from 1), zulu seconds of the
+/// day. Right in leap years.
 std::int64_t epochSecondsOfZulu(int year, int dayOfYear, double secondsOfDay);
 
 } // namespace kst

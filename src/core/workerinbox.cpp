@@ -12,8 +12,9 @@ std::vector<WorkerRequest> inbox;
 
 void askWorker(const WorkerRequest& request) {
     const std::lock_guard lock(inboxLock);
-    const auto same = std::find_if(inbox.begin(), inbox.end(),
-                                   [&](const WorkerRequest& waiting) { return waiting.kind == request.kind; });
+    const auto same = std::find_if(inbox.begin(), inbox.end(), [&](const WorkerRequest& waiting) {
+        return waiting.kind == request.kind;
+    });
     if (same != inbox.end()) {
         *same = request;
     } else {

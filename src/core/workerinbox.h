@@ -1,7 +1,7 @@
 #pragma once
 
-// What other threads ask of the worker because only it may touch the aircraft and stand tables. Drained at the
-// start of each pass of the worker's loop (core/run).
+// What other threads ask of the worker because only it may touch the aircraft and stand tables. Drained at
+// the start of each pass of the worker's loop (core/run).
 
 #include "model/units.h"
 
@@ -12,12 +12,12 @@ namespace kst {
 
 struct WorkerRequest {
     enum class Kind {
-        StoreUserStand,  ///< keep the stand under the stopped user for the next visit
-        UserMoved,       ///< find the stand under this position and show it
-        NavLights,       ///< send the nav lights setting to all parked aircraft
-        ApplyLiveLimit,  ///< remove the farthest aircraft beyond the live limit
-        AutoRange,       ///< work out the automatic range now
-        SetDestination   ///< the airport `code` at `position` is the new destination
+        StoreUserStand, ///< keep the stand under the stopped user for the next visit
+        UserMoved,      ///< find the stand under this position and show it
+        NavLights,      ///< send the nav lights setting to all parked aircraft
+        ApplyLiveLimit, ///< remove the farthest aircraft beyond the live limit
+        AutoRange,      ///< work out the automatic range now
+        SetDestination  ///< the airport `code` at `position` is the new destination
     };
     Kind kind;
     LatLon position{};

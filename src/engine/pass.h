@@ -25,7 +25,8 @@ bool updateLiveAc(LiveAc& ac);
 void lf_removeAc(LiveAc& ac, Reason reason);
 void lf_removeAc(StaticAc& ac, Reason reason);
 
-/// Once a second: coupled callsigns of new aircraft, static twins, collision checks, a blocked callsign, a flush.
+/// Once a second: coupled callsigns of new aircraft, static twins, collision checks, a blocked callsign, a
+/// flush.
 void lf_everySecondTraffic();
 /// Every 61 seconds: static aircraft that stand for a present live one go.
 void lf_removeStaticTwins();

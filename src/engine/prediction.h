@@ -1,7 +1,7 @@
 #pragma once
 
-// How a target moves: legs between track points, the flight laws of approach and departure, the intake of feed
-// positions and what happens when none come. Worker only.
+// How a target moves: legs between track points, the flight laws of approach and departure, the intake of
+// feed positions and what happens when none come. Worker only.
 
 #include "model/aircraft.h"
 

@@ -13,7 +13,8 @@
 
 namespace kst {
 
-/// Every target from its first message to its end, in order of arrival. Records may move when one leaves: keep ids.
+/// Every target from its first message to its end, in order of arrival. Records may move when one leaves:
+/// keep ids.
 extern std::vector<LiveAc> liveAcs;
 /// Static parked aircraft.
 extern std::vector<StaticAc> staticAcs;
@@ -41,8 +42,8 @@ std::string describe(const AcBase& ac);
 void deleteRecord(LiveAc& ac);
 void deleteRecord(StaticAc& ac);
 
-/// Empties every table and queue of the engine, for the next run. `unmatchedTargets` and `ghostCallsigns` go only
-/// when no restart follows.
+/// Empties every table and queue of the engine, for the next run. `unmatchedTargets` and `ghostCallsigns` go
+/// only when no restart follows.
 void resetEngine(bool restartFollows);
 
 } // namespace kst

@@ -1,6 +1,7 @@
 #pragma once
 
-// The two readers of the feed as the rest of the program sees them: their threads, their status in the window.
+// The two readers of the feed as the rest of the program sees them: their threads, their status in the
+// window.
 
 #include "model/units.h"
 
@@ -14,8 +15,8 @@ namespace kst {
 inline constexpr int weatherPort = 49004;
 inline constexpr int trafficPort = 49005;
 
-/// Starts the thread of the QNH Reader (UDP `port`) or of the Traffic Reader. A socket failure ends the thread,
-/// shows "The {} has stopped with an error: {}" and sets `readerError`. Worker.
+/// Starts the thread of the QNH Reader (UDP `port`) or of the Traffic Reader. A socket failure ends the
+/// thread, shows "The {} has stopped with an error: {}" and sets `readerError`. Worker.
 void startQnhReader(int port = weatherPort);
 void startTrafficReader(int port = trafficPort);
 
@@ -25,8 +26,8 @@ void stopReaders();
 /// Puts the counters, the field elevation, the QNH and the seen targets back.
 void lf_resetReaders();
 
-/// Sets each reader's status by whether datagrams came since the last check, while RealTraffic counts as connected.
-/// Worker.
+/// Sets each reader's status by whether datagrams came since the last check, while RealTraffic counts as
+/// connected. Worker.
 void lf_checkReadersAlive();
 
 /// The centre of the range test. Written by the worker, read by the Traffic Reader.

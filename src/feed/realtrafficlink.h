@@ -1,7 +1,7 @@
 #pragma once
 
-// The TCP link that RealTraffic connects to: the user's position and time go out over it. Worker thread, except
-// where told.
+// The TCP link that RealTraffic connects to: the user's position and time go out over it. Worker thread,
+// except where told.
 
 #include <cstdint>
 #include <string>

@@ -1,7 +1,7 @@
 #pragma once
 
-// The records of all traffic: what a live aircraft and a static parked aircraft are. Plain data; the rules are
-// in engine/ and parking/. All of it belongs to the worker thread.
+// The records of all traffic: what a live aircraft and a static parked aircraft are. Plain data; the rules
+// are in engine/ and parking/. All of it belongs to the worker thread.
 
 #include "model/category.h"
 #include "model/dayhh.h"
@@ -44,8 +44,8 @@ inline constexpr int flapsNotSent = 4;
 
 /// One position of a target's track.
 struct TrackPoint {
-    double lat = 0.0; ///< degrees
-    double lon = 0.0; ///< degrees
+    double lat = 0.0;              ///< degrees
+    double lon = 0.0;              ///< degrees
     std::optional<double> roll;    ///< radians, in the simulator's sign
     std::optional<double> heading; ///< true heading, radians
     double altFt = 0.0;            ///< 0 on the ground
@@ -53,7 +53,7 @@ struct TrackPoint {
     double trackDeg = 0.0;
     double vsFpm = 0.0;
     double tasKt = 0.0;
-    std::int32_t dueTick = 0;     ///< engine tick at which the aircraft is to be here
+    std::int32_t dueTick = 0; ///< engine tick at which the aircraft is to be here
     bool airborne = false;
     bool stationary = false;      ///< the position equals the point before
     bool headingFromFeed = false; ///< the feed delivered a true heading for this point
@@ -92,10 +92,10 @@ struct AcBase {
     double staticPitch = 0.0;
     double rotatePitch = 0.0;
     double climbPitch = 0.0;
-    double baseTurnRate = 0.0; ///< radians per tick
-    double turnRate = 0.0;     ///< radians per tick, scaled per leg
-    double maxClimbStep = 0.0; ///< feet per tick
-    double pushSpeedKt = 0.0;  ///< of push back and of the last leg onto a stand
+    double baseTurnRate = 0.0;    ///< radians per tick
+    double turnRate = 0.0;        ///< radians per tick, scaled per leg
+    double maxClimbStep = 0.0;    ///< feet per tick
+    double pushSpeedKt = 0.0;     ///< of push back and of the last leg onto a stand
     std::string_view liveryTitle; ///< into the catalogue; empty when none is found yet
     std::uint32_t hexid = 0;      ///< above 10000 for live targets, 10000 or below for static ones
     int flareTicks = 0;
@@ -103,7 +103,7 @@ struct AcBase {
     int rotateTicks = 0;
     int climbOutTicks = 0;
     bool cargo = false;
-    bool fsltlLivery = false; ///< the livery title contains "FSLTL_"
+    bool fsltlLivery = false;   ///< the livery title contains "FSLTL_"
     std::uint32_t objectId = 0; ///< the simulator's object id; 0 until created
     double standLat = 0.0;
     double standLon = 0.0;
@@ -115,7 +115,7 @@ struct AcBase {
     int flapsLevel = flapsNotSent;
     bool standCargo = false;
     bool removeWhenCreated = false;
-    bool erase = false; ///< the record is to leave the table at the end of this pass
+    bool erase = false;           ///< the record is to leave the table at the end of this pass
     Reason reason = Reason::None; ///< why it was last refused, held back or removed
 };
 
@@ -141,10 +141,10 @@ struct LiveAc : AcBase {
     double dPitch = 0.0; ///< radians per tick
     double dBank = 0.0;
     double dHeading = 0.0;
-    double dAlt = 0.0;           ///< feet per tick
-    double vsTarget = 0.0;       ///< feet per minute
-    double airspeedTarget = 0.0; ///< knots; negative while pushing back
-    LatLon curveOrigin;          ///< degrees
+    double dAlt = 0.0;                                               ///< feet per tick
+    double vsTarget = 0.0;                                           ///< feet per minute
+    double airspeedTarget = 0.0;                                     ///< knots; negative while pushing back
+    LatLon curveOrigin;                                              ///< degrees
     double curveEndNorth = std::numeric_limits<double>::quiet_NaN(); ///< metres; NaN when no curve is active
     double curveEndEast = std::numeric_limits<double>::quiet_NaN();
     double curveControlNorth = std::numeric_limits<double>::quiet_NaN();

@@ -12,9 +12,7 @@ struct DayHH {
     friend bool operator==(const DayHH&, const DayHH&) = default;
 
     /// The half hour after this one; after 47 comes 0 of the next day, after day 7 comes day 1.
-    constexpr DayHH next() const {
-        return hh < 47 ? DayHH{day, hh + 1} : DayHH{day % 7 + 1, 0};
-    }
+    constexpr DayHH next() const { return hh < 47 ? DayHH{day, hh + 1} : DayHH{day % 7 + 1, 0}; }
     /// One word for an atomic: day in the low 32 bits, half hour in the high 32 bits.
     constexpr std::uint64_t packed() const {
         return static_cast<std::uint64_t>(static_cast<std::uint32_t>(hh)) << 32 |

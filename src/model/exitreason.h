@@ -17,12 +17,18 @@ enum class ExitReason : int {
 /// The name as it is logged.
 constexpr std::string_view exitReasonName(ExitReason reason) {
     switch (reason) {
-    case ExitReason::NotYetSet: return "NOT_YET_SET";
-    case ExitReason::SimClosed: return "SIM WAS CLOSED";
-    case ExitReason::Restart: return "RESTART";
-    case ExitReason::RestartInstallPath: return "RESTART_IPP";
-    case ExitReason::UserClosed: return "USER CLOSED SIM";
-    case ExitReason::SystemError: return "SYSTEM ERROR";
+    case ExitReason::NotYetSet:
+        return "NOT_YET_SET";
+    case ExitReason::SimClosed:
+        return "SIM WAS CLOSED";
+    case ExitReason::Restart:
+        return "RESTART";
+    case ExitReason::RestartInstallPath:
+        return "RESTART_IPP";
+    case ExitReason::UserClosed:
+        return "USER CLOSED SIM";
+    case ExitReason::SystemError:
+        return "SYSTEM ERROR";
     }
     return "?";
 }

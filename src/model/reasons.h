@@ -1,8 +1,8 @@
 #pragma once
 
-// Why an aircraft is not there: one reason for each rule that drops a feed line, refuses a target or removes an
-// aircraft. People ask about missing traffic above all, so every rule counts (core/reasoncounts.h) and every
-// record keeps its last one.
+// Why an aircraft is not there: one reason for each rule that drops a feed line, refuses a target or removes
+// an aircraft. People ask about missing traffic above all, so every rule counts (core/reasoncounts.h) and
+// every record keeps its last one.
 
 #include <cstddef>
 

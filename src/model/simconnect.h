@@ -62,9 +62,22 @@ enum DataType : std::uint32_t {
     TypeInitPosition = 12
 };
 
-enum Period : std::uint32_t { PeriodNever = 0, PeriodOnce = 1, PeriodVisualFrame = 2, PeriodSimFrame = 3, PeriodSecond = 4 };
+enum Period : std::uint32_t {
+    PeriodNever = 0,
+    PeriodOnce = 1,
+    PeriodVisualFrame = 2,
+    PeriodSimFrame = 3,
+    PeriodSecond = 4
+};
 
-enum SimObjectType : std::uint32_t { ObjectUser = 0, ObjectAll = 1, ObjectAircraft = 2, ObjectHelicopter = 3, ObjectBoat = 4, ObjectGround = 5 };
+enum SimObjectType : std::uint32_t {
+    ObjectUser = 0,
+    ObjectAll = 1,
+    ObjectAircraft = 2,
+    ObjectHelicopter = 3,
+    ObjectBoat = 4,
+    ObjectGround = 5
+};
 
 enum Exception : std::uint32_t {
     ExceptionNone = 0,

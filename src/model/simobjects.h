@@ -52,8 +52,9 @@ struct SimCommand {
         LiveCreated = 0,   ///< id: hexid; value2: height above ground, ft
         StaticCreated = 1, ///< id: hexid
         Removed = 2,
-        HeightReport = 3,  ///< id: on-ground flag; value1: ground altitude, ft; value2: height above ground, ft
-        Sizes = 4,         ///< value1: Static CG to Ground, ft; value2: Static Pitch, rad
+        HeightReport =
+            3,     ///< id: on-ground flag; value1: ground altitude, ft; value2: height above ground, ft
+        Sizes = 4, ///< value1: Static CG to Ground, ft; value2: Static Pitch, rad
         CreationRefused = 6 ///< id: hexid
     };
     std::uint32_t objectId = 0;

@@ -3,7 +3,8 @@
 // Units and conversion factors that every subsystem shares.
 //
 // Positions are WGS-84 degrees, distances nautical miles, altitudes feet, speeds knots. Angles that the
-// simulator is given are radians in its own sign: a negative pitch is nose up, a negative bank right wing down.
+// simulator is given are radians in its own sign: a negative pitch is nose up, a negative bank right wing
+// down.
 
 #include <numbers>
 

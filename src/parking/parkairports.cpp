@@ -2,7 +2,9 @@
 
 namespace kst {
 
-bool lf_readMyParkAirports() { return true; }
+bool lf_readMyParkAirports() {
+    return true;
+}
 
 bool lf_reReadParkAirports(bool, std::string& message) {
     message = "park airports and stands are okay";

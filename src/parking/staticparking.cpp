@@ -18,12 +18,14 @@ void lf_saveAndCloseAirport() {
     setParkAirport(std::nullopt);
 }
 
-bool parkAirportLoaded() { return parkAirport().has_value() && !parkPositions().empty(); }
+bool parkAirportLoaded() {
+    return parkAirport().has_value() && !parkPositions().empty();
+}
 
 void enableParkingControls(bool enabled) {
-    for (const int id : {control::ParkingPercentage, control::InitialLoadOnly, control::ParkFake, control::ParkSoft,
-                         control::CustomMaxPark, control::MaxFitFl, control::Week, control::FlushStatic,
-                         control::ReRead}) {
+    for (const int id :
+         {control::ParkingPercentage, control::InitialLoadOnly, control::ParkFake, control::ParkSoft,
+          control::CustomMaxPark, control::MaxFitFl, control::Week, control::FlushStatic, control::ReRead}) {
         enableControl(id, enabled);
     }
 }

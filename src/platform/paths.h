@@ -10,13 +10,14 @@ namespace kst::platform {
 std::filesystem::path pathFromUtf8(std::string_view text);
 std::string utf8FromPath(const std::filesystem::path& path);
 
-/// The path as it really is on disk when each part is compared without regard to case, as Windows finds files.
-/// Gives the path back unchanged where the system itself ignores case, or where nothing matches. A part that
-/// exists to the letter wins over others.
+/// The path as it really is on disk when each part is compared without regard to case, as Windows finds
+/// files. Gives the path back unchanged where the system itself ignores case, or where nothing matches. A
+/// part that exists to the letter wins over others.
 std::filesystem::path caseInsensitivePath(const std::filesystem::path& path);
 
-/// Replaces the file's content as a whole: writes beside it, flushes to the disk, renames over it. Returns the
-/// error, with the old content intact. Safe against a kill at any moment; parallel writers of one file do not mix.
+/// Replaces the file's content as a whole: writes beside it, flushes to the disk, renames over it. Returns
+/// the error, with the old content intact. Safe against a kill at any moment; parallel writers of one file do
+/// not mix.
 std::error_code replaceFileContent(const std::filesystem::path& path, std::string_view content);
 
 } // namespace kst::platform

@@ -1,7 +1,7 @@
 #pragma once
 
-// Named pipes behind one interface: real named pipes on Windows, local stream sockets on Linux. The names are the
-// Windows names, "\\.\pipe\A\B" ("\\SERVER\pipe\..." for another machine, which only Windows reaches).
+// Named pipes behind one interface: real named pipes on Windows, local stream sockets on Linux. The names are
+// the Windows names, "\\.\pipe\A\B" ("\\SERVER\pipe\..." for another machine, which only Windows reaches).
 
 #include <asio/error_code.hpp>
 #include <asio/io_context.hpp>
@@ -25,9 +25,10 @@ using PipeStream = asio::windows::stream_handle;
 using PipeStream = asio::local::stream_protocol::socket;
 #endif
 
-/// Connects to a pipe's server. A pipe that is busy is waited for up to 5 s at a time and tried again; any other
-/// failure gives up. Blocks the caller; ends early once `stopped()` is true.
-asio::error_code connectPipe(PipeStream& stream, const std::string& name, const std::function<bool()>& stopped);
+/// Connects to a pipe's server. A pipe that is busy is waited for up to 5 s at a time and tried again; any
+/// other failure gives up. Blocks the caller; ends early once `stopped()` is true.
+asio::error_code connectPipe(PipeStream& stream, const std::string& name,
+                             const std::function<bool()>& stopped);
 
 /// A pipe's server side: accepts one client after the other. Used by the stand-in simulator.
 class PipeListener {

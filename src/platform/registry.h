@@ -8,7 +8,8 @@ namespace kst::platform {
 
 enum class RegistryHive { LocalMachine, CurrentUser };
 
-/// Whether the key exists and can be opened (64-bit view). `key` is written with backslashes, without its hive.
+/// Whether the key exists and can be opened (64-bit view). `key` is written with backslashes, without its
+/// hive.
 bool registryKeyExists(RegistryHive hive, std::string_view key);
 
 /// A text value as UTF-8; nothing when key or value is missing, denied or not a text.

@@ -5,7 +5,8 @@
 
 namespace kst::platform {
 
-/// A mark that one process at a time can hold for this user. Released by the destructor, or by the process's end.
+/// A mark that one process at a time can hold for this user. Released by the destructor, or by the process's
+/// end.
 class SingleInstance {
 public:
     explicit SingleInstance(const std::string& name);

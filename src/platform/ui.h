@@ -1,7 +1,7 @@
 #pragma once
 
-// One window of fixed size with real controls on a painted background. The interface says what is wanted, not how
-// a system does it. All of it is called on the user interface thread, except where told.
+// One window of fixed size with real controls on a painted background. The interface says what is wanted, not
+// how a system does it. All of it is called on the user interface thread, except where told.
 
 #include <cstdint>
 #include <memory>

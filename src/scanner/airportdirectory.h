@@ -15,7 +15,8 @@ struct DirectoryAirport {
     double altitudeFt = 0.0;
 };
 
-/// Reads the world directory of airports. A missing or broken file is logged; the directory is then empty. Worker.
+/// Reads the world directory of airports. A missing or broken file is logged; the directory is then empty.
+/// Worker.
 void gf_readAirportDirectory();
 /// The closest airport to the position, or nothing with an empty directory.
 std::optional<DirectoryAirport> gf_closestAirport(LatLon position);

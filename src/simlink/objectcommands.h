@@ -1,7 +1,7 @@
 #pragma once
 
-// What the worker wants done to AI objects, and what the simulator answers. The worker fills buffers; the dispatch
-// thread empties them at the simulator's frame event, so that each frame sees one consistent set.
+// What the worker wants done to AI objects, and what the simulator answers. The worker fills buffers; the
+// dispatch thread empties them at the simulator's frame event, so that each frame sees one consistent set.
 
 #include "model/simobjects.h"
 
@@ -15,8 +15,9 @@ namespace kst {
 
 /// Appends to the list of this tick's positions. Worker.
 void gf_updateAircraft(const PositionUpdate& update);
-/// Hands this tick's positions over to the frame handler and starts an empty list. When the frame handler is at work
-/// and the frame rate is at most 50, this tick's positions are dropped instead; above 50 it waits. Worker.
+/// Hands this tick's positions over to the frame handler and starts an empty list. When the frame handler is
+/// at work and the frame rate is at most 50, this tick's positions are dropped instead; above 50 it waits.
+/// Worker.
 void lf_swapPositionBuffers();
 
 /// Queues one client event for an object. Takes the session's lock.

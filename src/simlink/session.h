@@ -1,7 +1,7 @@
 #pragma once
 
-// The one conversation with the simulator: its thread, what it learns of the user's aircraft, and the requests that
-// other parts make through it.
+// The one conversation with the simulator: its thread, what it learns of the user's aircraft, and the
+// requests that other parts make through it.
 
 #include "core/runstate.h"
 #include "model/category.h"
@@ -12,19 +12,22 @@
 
 namespace kst {
 
-/// Body of the simulator dispatch thread: opens the session, declares everything, pumps messages until asked to stop.
+/// Body of the simulator dispatch thread: opens the session, declares everything, pumps messages until asked
+/// to stop.
 void lf_simClient(std::stop_token stopToken);
 
-/// One round of the pump: dispatches every message that has arrived. Returns false when the connection is lost.
-/// The dispatch thread, or a test that plays it.
+/// One round of the pump: dispatches every message that has arrived. Returns false when the connection is
+/// lost. The dispatch thread, or a test that plays it.
 bool lf_pumpSimMessages();
-/// Opens the session and declares data and events: the first step of `lf_simClient`, for a test that plays it.
+/// Opens the session and declares data and events: the first step of `lf_simClient`, for a test that plays
+/// it.
 bool lf_openSimSession();
 
-/// Stores the simulator's version digit, reserves the tables, clears `latchedSimError`. Before each start. Worker.
+/// Stores the simulator's version digit, reserves the tables, clears `latchedSimError`. Before each start.
+/// Worker.
 void lf_resetSimTables(int version);
-/// Clears data definitions and subscriptions, closes the connection and ends the run (reason 1) unless an exit is
-/// under way.
+/// Clears data definitions and subscriptions, closes the connection and ends the run (reason 1) unless an
+/// exit is under way.
 void lf_closeSimSession();
 
 /// Counts a failed request; the third restarts the run in 10 seconds.

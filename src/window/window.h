@@ -13,7 +13,8 @@ struct WindowHooks {
     std::function<void()> closeRequested; ///< the close button
 };
 
-/// Creates window and controls at the stored position and makes it the display's sink. False when it cannot be made.
+/// Creates window and controls at the stored position and makes it the display's sink. False when it cannot
+/// be made.
 bool createMainWindow(WindowHooks hooks);
 /// Runs until the process is to end: on the posted message 32770 the position is saved and the loop ends.
 int runMainWindow();
