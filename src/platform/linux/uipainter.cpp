@@ -1,0 +1,97 @@
+#include "platform/linux/uipainter.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <QFontDatabase>
+#include <QPainter>
+#include <QStringDecoder>
+
+namespace kst::platform {
+
+namespace {
+
+// The positions of the layout leave each text the room that it takes in a font of this running width.
+constexpr double widestSampleWidth = 262.0;
+constexpr int largestFontPixels = 13;
+constexpr int smallestFontPixels = 9;
+
+QFont chooseFont() {
+    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    font.setBold(false);
+    font.setItalic(false);
+    const QString sample = QStringLiteral("abcdefghijklmnopqrstuvwxyz 0123456789");
+    for (int pixels = largestFontPixels; pixels >= smallestFontPixels; --pixels) {
+        font.setPixelSize(pixels);
+        const QFontMetricsF metrics(font);
+        if (metrics.height() <= textLineHeight && metrics.horizontalAdvance(sample) <= widestSampleWidth) {
+            break;
+        }
+    }
+    return font;
+}
+
+QColor toQt(Colour colour) {
+    return {colour.red, colour.green, colour.blue};
+}
+
+QString toQt(std::string_view text) {
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    QString result = decoder(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())));
+    if (decoder.hasError()) {
+        throw TextConversionError();
+    }
+    return result;
+}
+
+int measure(const QFontMetricsF& metrics, std::string_view text) {
+    return static_cast<int>(std::ceil(metrics.horizontalAdvance(toQt(text))));
+}
+
+class MeasuringPainter final : public Painter {
+public:
+    void fill(const Rect&, Colour) override {}
+    void line(int, int, int, int, Colour) override {}
+    void text(int, int, std::string_view, Colour) override {}
+    int textWidth(std::string_view text) override { return measure(metrics_, text); }
+
+private:
+    QFontMetricsF metrics_{windowFont()};
+};
+
+} // namespace
+
+const QFont& windowFont() {
+    static const QFont font = chooseFont();
+    return font;
+}
+
+QtPainter::QtPainter(QPainter& painter) : painter_(painter), metrics_(windowFont()) {
+    painter_.setFont(windowFont());
+}
+
+void QtPainter::fill(const Rect& area, Colour colour) {
+    painter_.fillRect(area.left, area.top, area.right - area.left, area.bottom - area.top, toQt(colour));
+}
+
+void QtPainter::line(int x1, int y1, int x2, int y2, Colour colour) {
+    const int width = std::max(1, std::abs(x2 - x1));
+    const int height = std::max(1, std::abs(y2 - y1));
+    painter_.fillRect(std::min(x1, x2), std::min(y1, y2), width, height, toQt(colour));
+}
+
+void QtPainter::text(int x, int y, std::string_view text, Colour colour) {
+    const double baseline = y + (textLineHeight - metrics_.height()) / 2.0 + metrics_.ascent();
+    painter_.setPen(toQt(colour));
+    painter_.drawText(QPointF(x, std::round(baseline)), toQt(text));
+}
+
+int QtPainter::textWidth(std::string_view text) {
+    return measure(metrics_, text);
+}
+
+std::unique_ptr<Painter> createMeasuringPainter() {
+    return std::make_unique<MeasuringPainter>();
+}
+
+} // namespace kst::platform
