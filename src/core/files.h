@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include <pugixml.hpp>
@@ -48,6 +49,13 @@ bool gf_readExtTextFileToStringVector(const std::filesystem::path& path, std::ve
 /// converted.
 std::vector<std::string> decodeTextLines(std::string_view content, TextEncoding encoding);
 
+/// A text file beyond this size is not read: none that the program knows comes near it.
+inline constexpr std::size_t largestTextFile = 32 * 1024 * 1024;
+
+/// Reads a whole regular file into `content`, byte by byte as it is. Gives the error, with `content` empty,
+/// when it cannot be read, is no regular file or holds more than `largest` bytes.
+std::error_code readFile(const std::filesystem::path& path, std::string& content, std::size_t largest);
+
 /// Creates the file, writes the text, with a line end when `newline` is set. Returns whether it could open
 /// the file.
 bool writeTextFile(std::string_view text, const std::filesystem::path& path, bool newline);
@@ -55,6 +63,9 @@ bool writeTextFile(std::string_view text, const std::filesystem::path& path, boo
 /// Replaces the file's content as a whole: after a power cut it holds the old or the new content, never half.
 /// Returns false, with the old content intact, when the new content could not be written.
 bool replaceFile(const std::filesystem::path& path, std::string_view content);
+
+/// The document as it is saved: UTF-8, two blanks of indent.
+std::string xmlText(const pugi::xml_document& document);
 
 /// Saves the document by `replaceFile` and logs "\"{}\" saved", or "could not save to \"{}\"" and returns
 /// false.

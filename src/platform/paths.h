@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace kst::platform {
 
@@ -19,5 +20,9 @@ std::filesystem::path caseInsensitivePath(const std::filesystem::path& path);
 /// the error, with the old content intact. Safe against a kill at any moment; parallel writers of one file do
 /// not mix.
 std::error_code replaceFileContent(const std::filesystem::path& path, std::string_view content);
+
+/// Deletes what replacements of files in this folder left behind when their process was killed. Those of
+/// processes that still run stay. Never fails.
+void removeLeftovers(const std::filesystem::path& folder);
 
 } // namespace kst::platform

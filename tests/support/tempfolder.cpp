@@ -1,0 +1,88 @@
+#include "support/tempfolder.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <stdexcept>
+
+#include <fmt/format.h>
+
+namespace kst::test {
+
+namespace {
+
+void putVariable(const std::string& name, const std::optional<std::string>& value) {
+#ifdef _WIN32
+    _putenv_s(name.c_str(), value.value_or("").c_str());
+#else
+    if (value) {
+        setenv(name.c_str(), value->c_str(), 1);
+    } else {
+        unsetenv(name.c_str());
+    }
+#endif
+}
+
+std::filesystem::path makeFreshFolder() {
+    std::random_device entropy;
+    const std::filesystem::path parent = std::filesystem::canonical(std::filesystem::temp_directory_path());
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        const std::filesystem::path folder = parent / fmt::format("kestrane-test-{:08x}", entropy());
+        if (std::filesystem::create_directory(folder)) {
+            return folder;
+        }
+    }
+    throw std::runtime_error("no fresh folder for a test");
+}
+
+} // namespace
+
+TempFolder::TempFolder()
+    : path_(makeFreshFolder()), workingDirectoryBefore_(std::filesystem::current_path()) {
+    std::filesystem::create_directory(path_ / "docs");
+    setVariable("XDG_CONFIG_HOME", roaming());
+    setVariable("XDG_DATA_HOME", programData());
+    setVariable("XDG_DOCUMENTS_DIR", documents());
+    setVariable("XDG_PUBLICSHARE_DIR", publicDocuments());
+    setVariable("XDG_RUNTIME_DIR", runtime());
+    std::filesystem::current_path(path_);
+}
+
+TempFolder::~TempFolder() {
+    std::error_code ignored;
+    std::filesystem::current_path(workingDirectoryBefore_, ignored);
+    for (const auto& [name, value] : variablesBefore_) {
+        putVariable(name, value);
+    }
+    std::filesystem::remove_all(path_, ignored);
+}
+
+void TempFolder::setVariable(const std::string& name, const std::filesystem::path& folder) {
+    std::filesystem::create_directories(folder);
+    const char* before = std::getenv(name.c_str());
+    variablesBefore_[name] = before != nullptr ? std::optional<std::string>(before) : std::nullopt;
+    putVariable(name, folder.string());
+}
+
+std::filesystem::path TempFolder::write(const std::filesystem::path& name, std::string_view content) const {
+    const std::filesystem::path file = path_ / name;
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+    stream.write(content.data(), static_cast<std::streamsize>(content.size()));
+    stream.close();
+    if (!stream) {
+        throw std::runtime_error("cannot write " + file.string());
+    }
+    return file;
+}
+
+std::optional<std::string> TempFolder::read(const std::filesystem::path& name) const {
+    std::ifstream stream(path_ / name, std::ios::binary);
+    if (!stream) {
+        return std::nullopt;
+    }
+    return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+} // namespace kst::test
