@@ -4,6 +4,7 @@
 #include "standins/realtraffic/geometry.h"
 #include "standins/realtraffic/trackfile.h"
 #include "standins/realtraffic/trafficsource.h"
+#include "support/tempfolder.h"
 
 #include <algorithm>
 #include <cmath>
@@ -22,14 +23,14 @@ std::filesystem::path track(const std::string& name) {
 
 class TrackFile : public testing::Test {
 protected:
-    TrackFile() : path_(std::filesystem::path(testing::TempDir()) / "kestrane_tracks_test.csv") {}
-    ~TrackFile() override { std::filesystem::remove(path_); }
+    TrackFile() : path_(folder_.path() / "tracks.csv") {}
 
     std::filesystem::path write(const std::string& text) {
         std::ofstream(path_, std::ios::binary) << text;
         return path_;
     }
 
+    kst::test::TempFolder folder_;
     std::filesystem::path path_;
 };
 
