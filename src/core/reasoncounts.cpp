@@ -63,6 +63,8 @@ constexpr std::array<std::string_view, reasonCount> reasonTexts = {
     "conflict with a static aircraft",
     "empty track",
     "no object id",
+    "removed by the simulator itself",
+    "flushed by the operator",
     "link to RealTraffic lost",
     "run ended",
 };

@@ -66,6 +66,8 @@ enum class Reason : int {
     ConflictWithStatic,
     EmptyTrack,
     NoObjectId,
+    RemovedBySimulator,
+    FlushedByUser,
     LinkLost,
     RunEnded,
     Count
