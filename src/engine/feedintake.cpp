@@ -125,6 +125,14 @@ double aboveOrBelow(double value, double share) {
     return chance(evenChance) ? value * (1.0 + share) : value * (1.0 - share);
 }
 
+bool sameFlightInTable(const FeedMessage& rec) {
+    return !rec.callsign.empty() && std::ranges::any_of(liveAcs, [&](const LiveAc& ac) {
+        return ac.callsign == rec.callsign && ac.acType == rec.type;
+    });
+}
+
+} // namespace
+
 void setCategoryRates(AcBase& ac, Category category) {
     const CategoryRates& rates = categoryRates(category);
     ac.category = category;
@@ -139,14 +147,6 @@ void setCategoryRates(AcBase& ac, Category category) {
     ac.rotatePitch = aboveOrBelow(rates.rotatePitchDeg * radPerDeg, rotatePitchShare);
     ac.climbPitch = aboveOrBelow(rates.climbPitchDeg * radPerDeg, climbPitchShare);
 }
-
-bool sameFlightInTable(const FeedMessage& rec) {
-    return !rec.callsign.empty() && std::ranges::any_of(liveAcs, [&](const LiveAc& ac) {
-        return ac.callsign == rec.callsign && ac.acType == rec.type;
-    });
-}
-
-} // namespace
 
 TrackPoint trackPointOf(const FeedMessage& rec) {
     TrackPoint point;

@@ -21,6 +21,9 @@ void lf_checkNewTarget(const FeedMessage& rec);
 /// Enters a new target into the table, unless its size class is switched off or its altitude is refused.
 void lf_newFeedRecord(const FeedMessage& rec);
 
+/// Gives a new record the figures of its size class; its pitches are drawn once.
+void setCategoryRates(AcBase& ac, Category category);
+
 /// The record's position as a point of a track.
 TrackPoint trackPointOf(const FeedMessage& rec);
 
