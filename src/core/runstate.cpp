@@ -18,6 +18,7 @@ std::atomic<bool> userOnGround{false};
 std::atomic<bool> userGroundKnown{false};
 std::atomic<double> workingRangeNm{40.0};
 std::atomic<double> requestRangeM{40.0 * metresPerNm};
+std::atomic<int> rememberedRangeNm{40};
 std::atomic<bool> closeAirportMode{false};
 std::atomic<int> liveLimit{-1};
 bool flareActive = false;
