@@ -1,0 +1,164 @@
+#include "core/runstate.h"
+#include "install/download.h"
+#include "install/ziparchive.h"
+#include "support/tempfolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <thread>
+
+#include <fmt/format.h>
+#include <httplib.h>
+#include <zip.h>
+
+namespace kst {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string contentOf(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// An archive with these entries; an entry whose name ends in '/' is a folder.
+void makeZip(const fs::path& path, const std::vector<std::pair<std::string, std::string>>& entries) {
+    int error = 0;
+    zip_t* archive = zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &error);
+    ASSERT_NE(archive, nullptr);
+    for (const auto& [name, content] : entries) {
+        if (name.back() == '/') {
+            zip_dir_add(archive, name.c_str(), 0);
+        } else {
+            zip_file_add(archive, name.c_str(), zip_source_buffer(archive, content.data(), content.size(), 0),
+                         0);
+        }
+    }
+    ASSERT_EQ(zip_close(archive), 0);
+}
+
+/// A real HTTP server on a free port, whose root the program is pointed to.
+class Download : public testing::Test {
+protected:
+    Download() {
+        server_.Get("/downloads/plain.txt", [](const httplib::Request&, httplib::Response& reply) {
+            reply.set_content("text", "text/plain");
+        });
+        server_.Get("/downloads/short.txt", [](const httplib::Request&, httplib::Response& reply) {
+            reply.set_content_provider(1000, "text/plain",
+                                       [](std::size_t, std::size_t, httplib::DataSink& sink) {
+                                           sink.write("half", 4);
+                                           return false;
+                                       });
+        });
+        server_.Get("/downloads/away.txt", [](const httplib::Request&, httplib::Response& reply) {
+            reply.set_redirect("/downloads/plain.txt");
+        });
+        server_.Get("/downloads/slow.txt", [this](const httplib::Request&, httplib::Response& reply) {
+            reply.set_chunked_content_provider("text/plain", [this](std::size_t, httplib::DataSink& sink) {
+                exitRequested = true;
+                sink.write("x", 1);
+                return server_.is_running();
+            });
+        });
+        port_ = server_.bind_to_any_port("127.0.0.1");
+        thread_ = std::thread([this] { server_.listen_after_bind(); });
+        while (!server_.is_running()) {
+            std::this_thread::yield();
+        }
+        setenv("KESTRANE_DOWNLOAD_ROOT", fmt::format("http://127.0.0.1:{}/downloads/", port_).c_str(), 1);
+    }
+    ~Download() override {
+        exitRequested = false;
+        server_.stop();
+        thread_.join();
+        unsetenv("KESTRANE_DOWNLOAD_ROOT");
+    }
+
+    test::TempFolder folder_;
+    httplib::Server server_;
+    std::thread thread_;
+    int port_ = 0;
+};
+
+TEST_F(Download, WholeFileArrives) {
+    const DownloadHandle handle;
+    EXPECT_TRUE(gf_fetchFile(handle, downloadRoot() + "plain.txt", "got.txt", false));
+    EXPECT_EQ(contentOf("got.txt"), "text");
+}
+
+TEST_F(Download, FailedTransferLeavesTheOldFileAndNothingElse) {
+    const DownloadHandle handle;
+    for (const char* name : {"missing.txt", "short.txt", "away.txt"}) {
+        std::ofstream("got.txt") << "old";
+        EXPECT_FALSE(gf_fetchFile(handle, downloadRoot() + name, "got.txt", true)) << name;
+        EXPECT_EQ(contentOf("got.txt"), "old") << name;
+        EXPECT_FALSE(fs::exists("got.txt.part")) << name;
+    }
+    EXPECT_FALSE(gf_fetchFile(handle, downloadRoot() + "plain.txt", "no/such/folder/got.txt", true));
+    EXPECT_FALSE(gf_fetchFile(handle, "http://127.0.0.1:1/downloads/plain.txt", "got.txt", true));
+    EXPECT_FALSE(gf_fetchFile(handle, "gopher://127.0.0.1/x", "got.txt", true));
+}
+
+TEST_F(Download, ExitEndsATransferThatNeverEnds) {
+    const DownloadHandle handle;
+    EXPECT_FALSE(gf_fetchFile(handle, downloadRoot() + "slow.txt", "got.txt", true));
+    EXPECT_FALSE(fs::exists("got.txt"));
+}
+
+TEST_F(Download, ArchiveGivesItsFileAndIsGoneAfterwards) {
+    makeZip("dbase.zip", {{"folder/", ""}, {"folder/dbase.xml", "<content/>"}});
+    // The server serves the working folder, where the fetched copy goes as well: serve it from memory
+    // instead.
+    const std::string archive = contentOf("dbase.zip");
+    fs::remove("dbase.zip");
+    server_.Get("/downloads/dbase.zip", [&archive](const httplib::Request&, httplib::Response& reply) {
+        reply.set_content(archive, "application/zip");
+    });
+    EXPECT_TRUE(lf_fetchDatabase("out.xml"));
+    EXPECT_EQ(contentOf("out.xml"), "<content/>");
+    EXPECT_FALSE(fs::exists("dbase.zip"));
+}
+
+TEST_F(Download, BrokenArchiveRemovesTheDestination) {
+    server_.Get("/downloads/dbase.zip", [](const httplib::Request&, httplib::Response& reply) {
+        reply.set_content("PK but no archive", "application/zip");
+    });
+    std::ofstream("out.xml") << "old";
+    EXPECT_FALSE(lf_fetchDatabase("out.xml"));
+    EXPECT_FALSE(fs::exists("out.xml"));
+    EXPECT_FALSE(fs::exists("dbase.zip"));
+}
+
+TEST(Archive, ContentBeyondTheLimitIsRefused) {
+    const test::TempFolder folder;
+    makeZip("bomb.zip", {{"zeros", std::string(1'000'000, '\0')}});
+    ZipArchive archive("bomb.zip");
+    ASSERT_TRUE(archive.open());
+    const auto entries = archive.getEntries();
+    ASSERT_EQ(entries.size(), 1U);
+    EXPECT_FALSE(entries[0].readAsText(999'999).has_value());
+    EXPECT_EQ(entries[0].readAsText(1'000'000)->size(), 1'000'000U);
+}
+
+TEST(Archive, DamagedContentIsNoText) {
+    const test::TempFolder folder;
+    std::string text;
+    for (int i = 0; i < 5000; ++i) {
+        text += std::to_string(i * i);
+    }
+    makeZip("good.zip", {{"file", text}});
+    std::string bytes = contentOf("good.zip");
+    for (std::size_t i = 100; i < 200; ++i) {
+        bytes[i] = static_cast<char>(~bytes[i]);
+    }
+    std::ofstream("bad.zip", std::ios::binary) << bytes;
+    ZipArchive archive("bad.zip");
+    ASSERT_TRUE(archive.open());
+    EXPECT_FALSE(archive.getEntries().at(0).readAsText(1'000'000).has_value());
+}
+
+} // namespace
+} // namespace kst
