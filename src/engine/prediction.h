@@ -22,7 +22,8 @@ void setPhase(LiveAc& ac, AcPhase phase);
 
 /// Judges an accepted feed position by the aircraft's phase and takes it into the track, or drops it.
 void lf_addPosition(LiveAc& ac, TrackPoint msg);
-/// Invents a further point where the feed has none. False when the aircraft's story is over.
+/// Invents a further point where the feed has none. False when the aircraft's story is over; `reason` then
+/// says why.
 bool lf_extendTrack(LiveAc& ac);
 
 /// Configures an object that has just settled; its state becomes `Live`.
