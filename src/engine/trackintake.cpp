@@ -1,11 +1,11 @@
 #include "core/geodesy.h"
 #include "core/parameters.h"
-#include "core/reasoncounts.h"
 #include "engine/configuration.h"
 #include "engine/legs.h"
 #include "engine/parked.h"
 #include "engine/pass.h"
 #include "engine/prediction.h"
+#include "engine/removal.h"
 #include "engine/stops.h"
 #include "engine/ticks.h"
 #include "engine/trackfilters.h"
@@ -179,7 +179,7 @@ void lf_addPosition(LiveAc& ac, TrackPoint msg) {
         return;
     }
     if (!isPosition(msg)) {
-        countReason(Reason::PositionRejected);
+        noteDroppedRecord(ac, Reason::PositionRejected);
         return;
     }
     if (ac.track.empty()) {
@@ -195,7 +195,7 @@ void lf_addPosition(LiveAc& ac, TrackPoint msg) {
     if (judge(ac, msg)) {
         takeIn(ac, msg);
     } else if (ac.state != AcState::Removing) {
-        countReason(Reason::PositionRejected);
+        noteDroppedRecord(ac, Reason::PositionRejected);
     }
 }
 
