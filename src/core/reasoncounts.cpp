@@ -25,6 +25,7 @@ constexpr std::array<std::string_view, reasonCount> reasonTexts = {
     "too high in airport range",
     "on the ground away from a park airport",
     "feed closed",
+    "feed queue full",
     "type unknown",
     "size class switched off",
     "same flight under another identity",

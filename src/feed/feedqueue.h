@@ -9,6 +9,10 @@
 
 namespace kst {
 
+/// How many records may wait, about eight minutes of what the worker takes at most. Beyond it each new record
+/// pushes the oldest out, so that a feed can never fill the memory.
+inline constexpr std::size_t feedQueueLimit = 100'000;
+
 /// Opens or closes the queue for the reader. Worker, exit thread.
 void setFeedOpen(bool open);
 /// Adds the record at the back, with `expiry` set 30 seconds ahead, unless the queue is closed (then false,

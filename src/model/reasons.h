@@ -25,6 +25,7 @@ enum class Reason : int {
     TooHighForAirportMode,
     GroundWithoutParkAirport,
     FeedClosed,
+    FeedQueueFull,
     // The live tables ignore the record.
     TypeUnknown,
     CategorySwitchedOff,
