@@ -7,8 +7,9 @@
 
 #include <algorithm>
 #include <deque>
-#include <fmt/format.h>
 #include <mutex>
+
+#include <fmt/format.h>
 
 namespace kst {
 

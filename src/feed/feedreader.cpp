@@ -7,11 +7,12 @@
 #include "core/runstate.h"
 #include "core/socketerrors.h"
 
+#include <cstring>
+
 #include <asio/buffer.hpp>
 #include <asio/io_context.hpp>
 #include <asio/ip/udp.hpp>
 #include <asio/post.hpp>
-#include <cstring>
 #include <fmt/format.h>
 
 namespace kst {
@@ -47,18 +48,19 @@ void FeedReader::openSocket(int port) {
     try {
         socket_ = std::make_unique<Socket>();
     } catch (const std::system_error& e) {
-        throw SysErrorException(startFailed,
-                                fmt::format("WSA startup error: {}", socketErrorText(e.code())));
+        throw SysErrorException(startFailed, fmt::format("WSA startup error: {}", socketErrorText(e.code())));
     }
     std::error_code error;
     udp::socket& udpSocket = socket_->udpSocket;
-    if (udpSocket.open(udp::v4(), error)) {
+    udpSocket.open(udp::v4(), error);
+    if (error) {
         throw SysErrorException(
             createFailed, fmt::format("failed to create the socket with error: {}", socketErrorText(error)));
     }
     const asio::ip::address_v4 address =
         localFeed ? asio::ip::address_v4::loopback() : asio::ip::address_v4::any();
-    if (udpSocket.bind(udp::endpoint(address, static_cast<std::uint16_t>(port)), error)) {
+    udpSocket.bind(udp::endpoint(address, static_cast<std::uint16_t>(port)), error);
+    if (error) {
         throw SysErrorException(
             bindFailed, fmt::format("bind to stream socket failed with error: {}", socketErrorText(error)));
     }

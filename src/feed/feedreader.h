@@ -30,8 +30,8 @@ public:
     /// The thread is leaving its receive loop.
     virtual void stopped() = 0;
 
-    /// Binds the UDP socket, on 127.0.0.1 when RealTraffic is at this PC, else on all interfaces; port 0 takes a
-    /// free one. Throws SysErrorException 30 to 32.
+    /// Binds the UDP socket, on 127.0.0.1 when RealTraffic is at this PC, else on all interfaces; port 0
+    /// takes a free one. Throws SysErrorException 30 to 32.
     void openSocket(int port);
     /// Receives until `requestStop`, then closes the socket and calls `stopped`.
     void receiveLoop();

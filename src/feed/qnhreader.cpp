@@ -6,8 +6,9 @@
 
 #include <cmath>
 #include <exception>
-#include <fmt/format.h>
 #include <limits>
+
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 namespace kst {

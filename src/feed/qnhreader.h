@@ -1,8 +1,8 @@
 #pragma once
 
-// The QNH Reader: takes the pressure at sea level out of the weather datagrams, each one JSON object with the key
-// QNH: a number, or a text that begins with one. Above 1080 it is in hundredths of an inch of mercury, else in
-// hectopascals.
+// The QNH Reader: takes the pressure at sea level out of the weather datagrams, each one JSON object with the
+// key QNH: a number, or a text that begins with one. Above 1080 it is in hundredths of an inch of mercury,
+// else in hectopascals.
 
 #include "core/runstate.h"
 #include "feed/feedreader.h"

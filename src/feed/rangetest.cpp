@@ -9,14 +9,14 @@ namespace kst {
 
 namespace {
 constexpr double earthRadiusNm = 3437.746770784939;
-// The haversine formula in doubles is least exact for points that lie opposite each other, where it is off by up
-// to 1e-4 nm. The limits leave a hundred times that, so a position they tell apart is never in doubt.
+// The haversine formula in doubles is least exact for points that lie opposite each other, where it is off by
+// up to 1e-4 nm. The limits leave a hundred times that, so a position they tell apart is never in doubt.
 constexpr double marginNm = 0.01;
 } // namespace
 
-// No point whose latitude differs by more than the range is within it, and no point on a meridian that the circle
-// round the centre does not reach: that circle touches the meridians asin(sin(range) / cos(latitude)) away, unless
-// it holds a pole.
+// No point whose latitude differs by more than the range is within it, and no point on a meridian that the
+// circle round the centre does not reach: that circle touches the meridians asin(sin(range) / cos(latitude))
+// away, unless it holds a pole.
 void RangeTest::workOutLimits() {
     latitudeLimitDeg_ = std::numeric_limits<double>::infinity();
     longitudeLimitDeg_ = std::numeric_limits<double>::infinity();

@@ -6,8 +6,8 @@
 
 namespace kst {
 
-/// Whether positions lie beyond a range round a centre. The answer is that of `gf_distanceNm(centre, position) >
-/// rangeNm`, every time; most positions far away are told by two comparisons. One thread.
+/// Whether positions lie beyond a range round a centre. The answer is that of `gf_distanceNm(centre,
+/// position) > rangeNm`, every time; most positions far away are told by two comparisons. One thread.
 class RangeTest {
 public:
     /// `position` within 90 degrees of latitude and 180 of longitude. `centre` and `rangeNm` may be anything:

@@ -7,11 +7,12 @@
 #include "feed/trafficreader.h"
 
 #include <exception>
-#include <fmt/format.h>
 #include <functional>
 #include <future>
 #include <mutex>
 #include <thread>
+
+#include <fmt/format.h>
 
 namespace kst {
 
@@ -72,8 +73,8 @@ void readUntilStopped(const ReaderFacts& facts, int port, const std::function<vo
 }
 
 void QnhReaderThread(int port, std::promise<void> opened) {
-    readUntilStopped(weather, port, [] { setStatus(&StatusValues::weatherStatus, dataFlows); },
-                     std::move(opened));
+    readUntilStopped(
+        weather, port, [] { setStatus(&StatusValues::weatherStatus, dataFlows); }, std::move(opened));
 }
 
 void TrafficReaderThread(int port, std::promise<void> opened) {
@@ -154,7 +155,8 @@ void stopReaders() {
 }
 
 void lf_resetReaders() {
-    for (FeedReader* reader : {static_cast<FeedReader*>(&qnhReader), static_cast<FeedReader*>(&trafficReader)}) {
+    for (FeedReader* reader :
+         {static_cast<FeedReader*>(&qnhReader), static_cast<FeedReader*>(&trafficReader)}) {
         reader->resetCounters();
         reader->silentAtLastCheck = false;
     }

@@ -15,15 +15,17 @@ namespace kst {
 inline constexpr int weatherPort = 49004;
 inline constexpr int trafficPort = 49005;
 
-/// Starts the thread of the QNH Reader (UDP `port`) or of the Traffic Reader. A socket failure ends the
-/// thread, shows "The {} has stopped with an error: {}" and sets `readerError`. Worker.
+/// Starts the thread of the QNH Reader (UDP `port`; 0 takes a free one) or of the Traffic Reader, and returns
+/// when it listens or has failed. A socket failure ends the thread, shows "The {} has stopped with an error:
+/// {}" and sets `readerError`. Does nothing once an exit is under way. Worker.
 void startQnhReader(int port = weatherPort);
 void startTrafficReader(int port = trafficPort);
 
 /// Asks both readers to stop, ends their receive and waits until their threads are gone. Exit thread.
 void stopReaders();
 
-/// Puts the counters, the field elevation, the QNH and the seen targets back.
+/// Puts the counters, the QNH and the seen targets back, and the field elevation to that of the park airport,
+/// or to none without one.
 void lf_resetReaders();
 
 /// Sets each reader's status by whether datagrams came since the last check, while RealTraffic counts as

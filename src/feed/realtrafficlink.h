@@ -4,6 +4,7 @@
 // except where told.
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -18,10 +19,12 @@ void lf_openRealTraffic();
 /// Blocks until RealTraffic has connected and exchanged its version; ends early when an exit closes the link.
 void lf_waitForRealTraffic();
 
-/// Sends the user's position, or waits for RealTraffic to come back. Once a second.
+/// Sends the user's position, or waits for RealTraffic to come back. Once a second. When the send fails, all live
+/// aircraft are taken out (`setLinkLostHandler`) and the readers reset; the next call waits.
 void lf_sendUserPosition();
 
-/// Sends the simulator's time if the link is connected and `seconds` is 1 or more.
+/// Sends the simulator's time if the link is connected and `seconds` is 1 or more. A failed send has the same
+/// consequences as above.
 void lf_sendSimTime(std::int64_t seconds);
 
 /// Ends a blocking wait for the link. Any thread.
@@ -31,6 +34,16 @@ void lf_cancelRealTrafficWait();
 void lf_closeRealTraffic();
 
 bool realTrafficConnected();
+
+/// The port that the listener is bound to, 0 while it is closed. Any thread.
+int realTrafficPort();
+
+/// Who takes all live aircraft out of the simulator when the link is lost: called on the worker. Set once at process start (core/run), and by tests.
+void setLinkLostHandler(std::function<void()> handler);
+
+/// Sends one command. A client that does not read counts as lost after half a second. On failure logs why,
+/// closes the client and returns false. Never throws.
+bool sendDataPacket(std::string_view text);
 
 /// Reads RealTraffic's answer to the version question; sets `timeFollowing` and the edition shown. Throws the
 /// parser's exception where the reply is not JSON.

@@ -14,6 +14,7 @@
 #include <array>
 #include <cmath>
 #include <exception>
+
 #include <fmt/format.h>
 
 namespace kst {
@@ -403,8 +404,7 @@ Reason TrafficReader::readMotion(Target& target) {
     if (!airspeedKt) {
         return malformed(badAirspeed, fmt::format("TAS incorrect{}", logExcerpt(airspeedText)));
     }
-    target.trueAirspeedKt =
-        *airspeedKt == unknownValue ? defaultAirspeedKt(target.altitudeFt) : *airspeedKt;
+    target.trueAirspeedKt = *airspeedKt == unknownValue ? defaultAirspeedKt(target.altitudeFt) : *airspeedKt;
     return Reason::None;
 }
 

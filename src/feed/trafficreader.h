@@ -1,7 +1,7 @@
 #pragma once
 
-// The Traffic Reader: the filter that decides which targets of the feed the program ever sees. One line of text
-// per target and datagram comes in, one FeedMessage per accepted line goes to the worker.
+// The Traffic Reader: the filter that decides which targets of the feed the program ever sees. One line of
+// text per target and datagram comes in, one FeedMessage per accepted line goes to the worker.
 //
 // A line is cut at its commas; text behind the last comma is a field if it is not empty. At least 29 fields:
 //
@@ -36,8 +36,8 @@ class TrafficReader : public FeedReader {
 public:
     TrafficReader();
 
-    /// Filters the line and queues what passes. Each line that is lost counts under its reason; a malformed one is
-    /// logged. Traffic Reader thread.
+    /// Filters the line and queues what passes. Each line that is lost counts under its reason; a malformed
+    /// one is logged. Traffic Reader thread.
     void processLine() override;
     void stopped() override;
 
