@@ -30,6 +30,10 @@ using PipeStream = asio::local::stream_protocol::socket;
 asio::error_code connectPipe(PipeStream& stream, const std::string& name,
                              const std::function<bool()>& stopped);
 
+/// Whether a read that ended with this error delivered a part of a message, the rest of which the next read
+/// brings: a pipe that keeps messages apart reports a buffer that was too small that way.
+bool isPartOfPipeMessage(const asio::error_code& error);
+
 /// A pipe's server side: accepts one client after the other. Used by the stand-in simulator.
 class PipeListener {
 public:

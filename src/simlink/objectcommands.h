@@ -41,7 +41,8 @@ bool lf_sendFlightPlan(std::uint32_t objectId, const std::string& path);
 /// Into the buffers that the next frame serves. Worker.
 void lf_createFromQueue(CreateRequest&& request);
 void lf_queueRemoval(std::uint32_t objectId);
-/// Empties both command buffers: the flight is paused. Worker.
+/// Empties both lists of positions: the flight is paused. Creations, removals and events wait for the next
+/// frame. Worker.
 void lf_emptyCommandBuffers();
 
 // ---- queues of the engine, served by the worker's pass ----
@@ -69,10 +70,15 @@ void pushSimCommand(const SimCommand& command);
 /// Takes all answers in order of arrival into `out`, cleared first. Worker.
 void takeSimCommands(std::vector<SimCommand>& out);
 
+/// Gives every buffer its working size. Worker, before the session starts.
+void reserveObjectBuffers();
+
 /// The `Frame` event: positions, events, creations, removals. Dispatch thread.
 void lf_onFrame();
 
 /// Empties every buffer and queue of this file. Exit thread, worker stopped.
 void resetObjectCommands();
+/// The part of it that empties the queues and the inbox.
+void resetObjectQueues();
 
 } // namespace kst

@@ -16,11 +16,13 @@ namespace kst {
 /// to stop.
 void lf_simClient(std::stop_token stopToken);
 
-/// One round of the pump: dispatches every message that has arrived. Returns false when the connection is
-/// lost. The dispatch thread, or a test that plays it.
+/// One round of the pump: dispatches every message that has arrived. When the simulator has quit or the
+/// connection is lost, ends the session (`simRunning` cleared, `lf_closeSimSession`) and returns false; false
+/// as well while no session stands. Throws UserErrorException where the user must act. The dispatch thread,
+/// or a test that plays it.
 bool lf_pumpSimMessages();
 /// Opens the session and declares data and events: the first step of `lf_simClient`, for a test that plays
-/// it.
+/// it. A session that an earlier run left open is dropped. False when the simulator cannot be reached.
 bool lf_openSimSession();
 
 /// Stores the simulator's version digit, reserves the tables, clears `latchedSimError`. Before each start.
@@ -30,8 +32,15 @@ void lf_resetSimTables(int version);
 /// exit is under way.
 void lf_closeSimSession();
 
+/// Whether a session stands: its connection is open and not known to be lost. Any thread.
+bool simSessionStands();
+/// Forgets everything that the session has learned and drops a connection that still stands. Exit thread,
+/// once the dispatch thread has been asked to stop.
+void resetSimSession();
+
 /// Counts a failed request; the third restarts the run in 10 seconds.
 void lf_simRequestError();
+void resetSimRequestErrors();
 
 /// Requests of the worker. Each takes the session's lock; a failure is logged and counted.
 bool lf_requestUserOnGround();              ///< once per simulator second from now on
