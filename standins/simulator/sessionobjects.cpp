@@ -2,6 +2,8 @@
 
 #include "standins/simulator/session.h"
 
+#include "platform/paths.h"
+
 #include <cmath>
 #include <filesystem>
 #include <system_error>
@@ -137,8 +139,7 @@ void Session::setFlightPlan(Call& call) {
         return;
     std::string path = call.body.text(planPathLength);
     std::error_code error;
-    const auto size =
-        std::filesystem::file_size(std::filesystem::path(std::u8string(path.begin(), path.end())), error);
+    const auto size = std::filesystem::file_size(platform::pathFromUtf8(path), error);
     if (call.body.failed() || error || size == 0)
         return complain(call, simconnect::ExceptionLoadFlightplanFailed, 2);
     aircraft->flightPlan = std::move(path);
