@@ -8,13 +8,17 @@
 #include "core/parameters.h"
 #include "platform/paths.h"
 
+#include <atomic>
+
 #include <fmt/format.h>
 
 namespace kst {
 
 namespace {
 
-bool tablesBuilt = false;
+bool tablesBuilt = false; ///< worker
+/// The operator asked for a scan; the worker empties the tables before it builds them anew.
+std::atomic<bool> emptyingAsked{false};
 
 void readStore() {
     const auto path = liveriesStorePath();
@@ -61,6 +65,10 @@ void gf_scanLiveries() {
 }
 
 void gf_processScannedLiveries() {
+    if (emptyingAsked.exchange(false)) {
+        resetMatching();
+        tablesBuilt = false;
+    }
     if (tablesBuilt) {
         logLine("Processing scanned liveries skipped; already done in previous start-up");
         return;
@@ -70,8 +78,7 @@ void gf_processScannedLiveries() {
 }
 
 void gf_emptyCatalogue() {
-    resetMatching();
-    tablesBuilt = false;
+    emptyingAsked = true;
 }
 
 } // namespace kst

@@ -13,7 +13,8 @@ void gf_scanLiveries();
 /// Reads the store and builds the tables of the matcher, once per process. Throws UserErrorException 51, 52,
 /// 533.
 void gf_processScannedLiveries();
-/// Forgets the tables: a scan was asked for.
+/// Has the tables forgotten before `gf_processScannedLiveries` runs next: a scan was asked for. Any thread;
+/// the worker may still be reading them.
 void gf_emptyCatalogue();
 
 } // namespace kst

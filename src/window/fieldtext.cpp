@@ -71,4 +71,14 @@ int drawField(platform::Painter& painter, const layout::Field& field, std::strin
     return field.x;
 }
 
+void drawOnLight(platform::Painter& painter, const layout::Field& field, std::string_view text,
+                 platform::Colour colour, platform::Colour shadow) {
+    if (colour == layout::yellow) {
+        using layout::shadowOffset;
+        drawField(painter, {field.x + shadowOffset, field.y + shadowOffset, field.right + shadowOffset}, text,
+                  shadow);
+    }
+    drawField(painter, field, text, colour);
+}
+
 } // namespace kst

@@ -20,4 +20,8 @@ std::string fittedText(platform::Painter& painter, std::string_view text, int wi
 int drawField(platform::Painter& painter, const layout::Field& field, std::string_view text,
               platform::Colour colour, std::string_view tail = {});
 
+/// The same on a light band, where bright letters get a dark shadow to be readable.
+void drawOnLight(platform::Painter& painter, const layout::Field& field, std::string_view text,
+                 platform::Colour colour, platform::Colour shadow);
+
 } // namespace kst

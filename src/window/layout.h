@@ -28,6 +28,12 @@ inline constexpr Colour red{255, 0, 0};
 inline constexpr Colour grey{160, 160, 160};
 inline constexpr Colour lightBlue = platform::textBoxColour;
 
+// Yellow letters on a light fill need a dark shadow to be readable.
+inline constexpr Colour controlShadow{40, 60, 90};
+inline constexpr Colour messageShadow{0, 70, 0};
+inline constexpr Colour errorShadow{90, 0, 0};
+inline constexpr int shadowOffset = 1;
+
 /// A band as it lies in the window.
 constexpr Rect bandArea(Band band) {
     switch (band) {

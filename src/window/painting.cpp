@@ -184,7 +184,8 @@ void paintLabels(Painter& painter, const WindowView& view) {
     for (const Label& label : labels) {
         const std::string text = labelText(label, view);
         if (!text.empty()) {
-            drawField(painter, {label.x, label.row, labelRight(label)}, text, labelColour(label, view));
+            drawOnLight(painter, {label.x, label.row, labelRight(label)}, text, labelColour(label, view),
+                        controlShadow);
         }
     }
 }
@@ -257,7 +258,7 @@ void paintMessage(Painter& painter, const WindowView& view) {
     paintWhiteLine(painter, whiteLines.back());
     const std::string& text = error ? line.error : line.message;
     if (!text.empty()) {
-        drawField(painter, field::message, text, yellow);
+        drawOnLight(painter, field::message, text, yellow, error ? errorShadow : messageShadow);
     }
     if (view.status.progress >= 0.0) {
         Rect done = progressBar;
