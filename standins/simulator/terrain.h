@@ -25,6 +25,12 @@ double wrapHeading(double rad);
 /// The height of the ground: gentle hills, flat round each airport.
 class Terrain {
 public:
+    struct Airport {
+        double lat;
+        double lon;
+        double elevationFt;
+        double flatM;
+    };
     /// The mean height away from airports, and how far the hills rise above and fall below it. Feet.
     void setHills(double meanFt, double amplitudeFt);
     /// Flat ground of this elevation up to `flatNm` round the place, passing over into the hills at twice
@@ -32,14 +38,9 @@ public:
     void addAirport(double lat, double lon, double elevationFt, double flatNm = 5.0);
     /// Feet above sea level.
     double heightFt(double lat, double lon) const;
+    const std::vector<Airport>& airports() const { return airports_; }
 
 private:
-    struct Airport {
-        double lat;
-        double lon;
-        double elevationFt;
-        double flatM;
-    };
     double meanFt_ = 300.0;
     double amplitudeFt_ = 150.0;
     std::vector<Airport> airports_;
