@@ -118,6 +118,9 @@ std::error_code readFile(const std::filesystem::path& path, std::string& content
     content.clear();
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(path, error);
+    if (status.type() == std::filesystem::file_type::not_found) {
+        return std::make_error_code(std::errc::no_such_file_or_directory);
+    }
     if (error) {
         return error;
     }

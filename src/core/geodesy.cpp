@@ -20,7 +20,7 @@ double gf_distanceNm(LatLon a, LatLon b) {
     const double phi2 = b.lat * radPerDeg;
     const double h = sinSquared((phi2 - phi1) / 2) +
                      std::cos(phi1) * std::cos(phi2) * sinSquared((b.lon - a.lon) * radPerDeg / 2);
-    return earthDiameterNm * std::asin(std::sqrt(std::min(h, 1.0)));
+    return earthDiameterNm * std::asin(std::sqrt(std::clamp(h, 0.0, 1.0)));
 }
 
 double gf_bearing(LatLon a, LatLon b) {

@@ -17,9 +17,9 @@ public:
     static constexpr std::uint32_t linesPerSecond = 100;
     /// Kinds told apart at a time. When as many are busy within one second, all others share one more kind,
     /// so that memory and lines stay bounded whatever the lines say.
-    static constexpr std::size_t kindsKept = 128;
+    static constexpr std::size_t kindsKept = 512;
     /// A kind is the text before the first digit, at most this many bytes of it.
-    static constexpr std::size_t kindLength = 48;
+    static constexpr std::size_t kindLength = 32;
 
     /// Whether this line may be written at `now`. What has been held back in seconds that are over is
     /// appended to `reports`, one line each with its line end.

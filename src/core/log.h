@@ -20,8 +20,8 @@ void closeLog();
 void flushLog();
 
 /// Writes the text and a line end. Does nothing while the log is not open. Lines of one kind (the same text
-/// before its first digit) that come faster than 100 a second are counted, and the count is logged once a
-/// second instead.
+/// before its first digit, core/linelimiter.h) that come faster than 100 a second are counted, and the count
+/// is logged once a second instead.
 void logLine(std::string_view text);
 /// As `logLine` with the prefix "===> ".
 void logAlert(std::string_view text);

@@ -157,7 +157,7 @@ enum class Stored { Usable, Missing, Unusable };
 Stored loadDocument(pugi::xml_document& document, std::string& why) {
     std::string content;
     const std::error_code error = readFile(parametersFile(), content, largestParameterFile);
-    if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory) {
+    if (error == std::errc::no_such_file_or_directory) {
         return Stored::Missing;
     }
     if (error) {

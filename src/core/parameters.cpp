@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <limits>
 
 #include <fmt/format.h>
 
@@ -75,34 +76,39 @@ TextParameter DESTINATION("DESTINATION", {}, control::Destination);
 
 namespace {
 
-/// A number of a text, read as far as it goes: blanks and a plus sign in front do not matter, what follows
-/// the number is ignored, no number is 0. A number too large for the type is its largest of that sign.
+/// Whether a number that its type cannot hold is too near to 0 rather than too large.
+bool isTooSmall(std::string_view number) {
+    const std::size_t exponent = number.find_first_of("eE");
+    if (exponent != std::string_view::npos) {
+        return number.substr(exponent + 1).starts_with('-');
+    }
+    return number.substr(0, number.find('.')).find_first_of("123456789") == std::string_view::npos;
+}
+
+/// The number at the beginning of a text, read as far as it goes; 0 if there is none. Blanks and a plus sign
+/// in front do not matter. A number too large for its type is the largest of its sign.
 template <typename Number>
 Number numberIn(std::string_view text) {
     text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
     if (text.starts_with('+')) {
         text.remove_prefix(1);
-        if (text.starts_with('-')) {
-            return 0;
-        }
+    }
+    // Also keeps out the words for infinity and for no number.
+    const std::size_t first = text.find_first_of("0123456789.");
+    if (first > 1 || (first == 1 && text.front() != '-')) {
+        return 0;
     }
     Number value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error == std::errc::result_out_of_range) {
-        const std::string_view read(text.data(), static_cast<std::size_t>(end - text.data()));
-        // Out of range are also numbers too near to 0, which have a negative exponent or begin with 0.
-        const std::string_view digits = read.substr(read.starts_with('-') ? 1 : 0);
-        if (read.find_first_of("eE") != std::string_view::npos && read.find("e-") != std::string_view::npos) {
-            return 0;
-        }
-        if (read.find("E-") != std::string_view::npos || digits.starts_with("0.") ||
-            digits.starts_with('.')) {
-            return 0;
-        }
-        return read.starts_with('-') ? std::numeric_limits<Number>::lowest()
-                                     : std::numeric_limits<Number>::max();
+    if (error != std::errc::result_out_of_range) {
+        return value;
     }
-    return value;
+    const std::string_view number(text.data(), static_cast<std::size_t>(end - text.data()));
+    if (isTooSmall(number)) {
+        return 0;
+    }
+    return number.starts_with('-') ? std::numeric_limits<Number>::lowest()
+                                   : std::numeric_limits<Number>::max();
 }
 
 } // namespace

@@ -70,6 +70,8 @@ constexpr std::array<std::string_view, reasonCount> reasonTexts = {
     "run ended",
 };
 
+static_assert(!reasonTexts.back().empty(), "a text for each reason");
+
 std::array<std::atomic<std::uint64_t>, reasonCount> reasons{};
 std::array<std::atomic<std::uint64_t>, static_cast<std::size_t>(Happening::Count)> happenings{};
 std::atomic<std::uint64_t> passes{0};

@@ -2,6 +2,10 @@
 
 namespace kst {
 
+namespace {
+constexpr int firstRangeNm = 40;
+}
+
 std::atomic<bool> simRunning{false};
 std::atomic<bool> tickDue{false};
 std::atomic<bool> exitRequested{false};
@@ -16,9 +20,9 @@ std::atomic<bool> latchedSimError{false};
 UserData userData;
 std::atomic<bool> userOnGround{false};
 std::atomic<bool> userGroundKnown{false};
-std::atomic<double> workingRangeNm{40.0};
-std::atomic<double> requestRangeM{40.0 * metresPerNm};
-std::atomic<int> rememberedRangeNm{40};
+std::atomic<double> workingRangeNm{firstRangeNm};
+std::atomic<double> requestRangeM{firstRangeNm * metresPerNm};
+std::atomic<int> rememberedRangeNm{firstRangeNm};
 std::atomic<bool> closeAirportMode{false};
 std::atomic<int> liveLimit{-1};
 bool flareActive = false;
@@ -47,11 +51,15 @@ void resetRunState() {
     userClosed = false;
     readerError = false;
     tickCount = 0;
+    nowStamp = DayHH{}.packed();
     latchedSimError = false;
     userData = {};
     userOnGround = false;
     userGroundKnown = false;
+    workingRangeNm = firstRangeNm;
+    requestRangeM = firstRangeNm * metresPerNm;
     closeAirportMode = false;
+    liveLimit = -1;
     flareActive = false;
     parkRenewalDue = false;
     flushStaticDue = false;

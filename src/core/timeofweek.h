@@ -17,7 +17,8 @@ std::int64_t presentEpochSeconds();
 void stampNow();
 
 /// Seconds since 1970 of a simulator time: zulu year, zulu day of year (counts from 1), zulu seconds of the
-/// day. Right in leap years.
+/// day. Right in leap years. 0 for what is no time: a year outside 1970 to 9999, a day outside 1 to 366,
+/// seconds below 0 or beyond two days.
 std::int64_t epochSecondsOfZulu(int year, int dayOfYear, double secondsOfDay);
 
 } // namespace kst

@@ -1,5 +1,7 @@
 #include "support/tempfolder.h"
 
+#include "support/environment.h"
+
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -11,18 +13,6 @@
 namespace kst::test {
 
 namespace {
-
-void putVariable(const std::string& name, const std::optional<std::string>& value) {
-#ifdef _WIN32
-    _putenv_s(name.c_str(), value.value_or("").c_str());
-#else
-    if (value) {
-        setenv(name.c_str(), value->c_str(), 1);
-    } else {
-        unsetenv(name.c_str());
-    }
-#endif
-}
 
 std::filesystem::path makeFreshFolder() {
     std::random_device entropy;
@@ -53,7 +43,7 @@ TempFolder::~TempFolder() {
     std::error_code ignored;
     std::filesystem::current_path(workingDirectoryBefore_, ignored);
     for (const auto& [name, value] : variablesBefore_) {
-        putVariable(name, value);
+        setEnvironment(name, value);
     }
     std::filesystem::remove_all(path_, ignored);
 }
@@ -62,7 +52,7 @@ void TempFolder::setVariable(const std::string& name, const std::filesystem::pat
     std::filesystem::create_directories(folder);
     const char* before = std::getenv(name.c_str());
     variablesBefore_[name] = before != nullptr ? std::optional<std::string>(before) : std::nullopt;
-    putVariable(name, folder.string());
+    setEnvironment(name, folder.string());
 }
 
 std::filesystem::path TempFolder::write(const std::filesystem::path& name, std::string_view content) const {

@@ -88,7 +88,9 @@ int mapped(const Pair (&table)[N], int value) {
 } // namespace
 
 int winsockNumber(const std::error_code& error) {
-    if (error.category() == std::system_category() || error.category() == std::generic_category()) {
+    // Asio's category of the system's errors is an object of its own.
+    if (error.category() == asio::error::get_system_category() ||
+        error.category() == std::system_category() || error.category() == std::generic_category()) {
         return mapped(systemErrors, error.value());
     }
     if (error.category() == asio::error::get_netdb_category()) {
