@@ -1,0 +1,75 @@
+#pragma once
+
+// How well the objects in the simulator fly what the feed told.
+//
+// Traffic plays 30 seconds late. So at time t an object should be where its target was at t - 30 s. Its
+// position is held against the line through the target's positions: how far it is from the line, and how much
+// earlier or later than 30 seconds it passes the nearest point of the line.
+
+#include "tools/measureflights/flights.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kst::tool {
+
+/// Of a set of values.
+struct Spread {
+    std::size_t count = 0;
+    double median = 0.0;
+    double p95 = 0.0;
+    double max = 0.0;
+};
+
+/// The step between two frames that the target's speed explains least.
+struct Step {
+    double stepM = 0.0;
+    double explainedM = 0.0;
+    double overM = 0.0;   ///< the difference; 0 when no step was longer than explained
+    double seconds = 0.0; ///< between the two frames
+    std::string tailNumber;
+    double time = 0.0;
+};
+
+/// The figures of all samples in the air, or on the ground.
+struct PhaseFigures {
+    std::size_t objects = 0;
+    Spread fromLineM;
+    Spread timeOffS;         ///< size of lead or lag against 30 seconds
+    double medianLagS = 0.0; ///< with its sign: positive is late
+    Spread altitudeOffFt;    ///< in the air, against the altitude told
+    Step worstStep;
+};
+
+/// One object with the target that it shows.
+struct ObjectFigures {
+    const ShownObject* object = nullptr;
+    const Target* target = nullptr;
+    std::size_t samples = 0;
+    std::size_t withoutTrack = 0; ///< samples behind the target's last point, or before its first
+    Spread fromLineM;
+    Spread timeOffS;
+    Step worstStep;
+};
+
+struct Measured {
+    std::size_t targets = 0;
+    std::size_t objects = 0;
+    std::size_t parked = 0;    ///< static aircraft, told by their tail number
+    std::size_t unmatched = 0; ///< objects whose tail number no target has
+    std::size_t withoutTrack = 0;
+    PhaseFigures air;
+    PhaseFigures ground;
+    std::vector<ObjectFigures> byObject; ///< those with a target
+};
+
+/// The flights must outlive the result.
+Measured measure(const Flights& flights);
+
+/// The figures as a table for a person.
+std::string tableOf(const Measured& measured);
+/// And for a program: a JSON document.
+std::string jsonOf(const Measured& measured);
+
+} // namespace kst::tool
