@@ -126,8 +126,12 @@ void EngineWorld::placeUser(LatLon position, bool onGround, double altitudeFt, d
     userGroundKnown = true;
 }
 
-void EngineWorld::openAirport() {
-    setParkAirport(ParkAirportFacts{"LSZH", "Zurich", airportPlace, airportElevationFt});
+void EngineWorld::openAirport(double elevationFt) {
+    setParkAirport(ParkAirportFacts{"LSZH", "Zurich", airportPlace, elevationFt});
+}
+
+void EngineWorld::closeAirport() {
+    setParkAirport(std::nullopt);
 }
 
 ParkPos& EngineWorld::addStand(std::string_view id, LatLon position, double radiusM) {

@@ -62,8 +62,9 @@ public:
     void setTick(std::int32_t tick);
     /// Where the user is, heading in degrees.
     void placeUser(LatLon position, bool onGround, double altitudeFt = 0.0, double headingDeg = 0.0);
-    /// Makes LSZH the park airport.
-    void openAirport();
+    /// Makes LSZH the park airport, at another elevation if told; or leaves none.
+    void openAirport(double elevationFt = airportElevationFt);
+    void closeAirport();
     /// Adds a stand to the loaded airport; its number is its place in the table.
     ParkPos& addStand(std::string_view id, LatLon position, double radiusM = 30.0);
 
