@@ -8,9 +8,12 @@
 #include "core/parameters.h"
 #include "core/runstate.h"
 #include "engine/conflicts.h"
+#include "engine/parked.h"
 #include "engine/parkinglink.h"
 #include "engine/pass.h"
+#include "engine/prediction.h"
 #include "engine/removal.h"
+#include "engine/standselection.h"
 #include "engine/tables.h"
 #include "parking/stands.h"
 
@@ -23,6 +26,10 @@ namespace {
 
 // Share by which the half spans are widened before two aircraft on adjacent stands count as touching.
 constexpr double neighbourMargin = 1.1;
+
+// How far from the end of its track an aircraft that has landed, or any other, looks for a stand.
+constexpr double searchingRadiusNm = 55.0 * nmPerMetre;
+constexpr double stoppedRadiusNm = 20.0 * nmPerMetre;
 
 std::string_view stem(std::string_view callsign) {
     return callsign.substr(0, callsign.empty() ? 0 : callsign.size() - 1);
@@ -83,6 +90,36 @@ void removeStaticOnNeighbour(const LiveAc& ac, const ParkPos& stand, const ParkP
                             found->callsign, ac.callsign, stand.id));
     }
     lf_removeAc(*found, Reason::ConflictWithLive);
+}
+
+void lf_removeAdjacent(LiveAc& ac, const LiveAc& claimer, const ParkPos& stand, const ParkPos& neighbour) {
+    const bool onStand = ac.phase == AcPhase::Parked || ac.phase == AcPhase::PushBack;
+    if (ac.sid != neighbour.sid || ac.state != AcState::Live || !onStand ||
+        !touchAcross(gf_halfWingSpan(ac.acType) + gf_halfWingSpan(claimer.acType), stand, neighbour)) {
+        return;
+    }
+    giveWay(ac, fmt::format("{:8}: {:8} removed by parking {} at adjacent and possibly colliding stand {}",
+                            neighbour.id, ac.callsign, claimer.callsign, stand.id));
+}
+
+/// Whoever is parked on the stand, or would touch the claiming aircraft from a neighbour, gives way.
+void clearLiveForClaim(const LiveAc& claimer, const ParkPos& stand) {
+    for (LiveAc& ac : liveAcs) {
+        if (ac.sid == stand.sid && ac.state == AcState::Live && ac.phase == AcPhase::Parked) {
+            giveWay(ac, fmt::format("{:8}: {:8} removed, {} wants to park there", stand.id, ac.callsign,
+                                    claimer.callsign));
+            break;
+        }
+    }
+    for (const std::uint32_t sid : stand.neighbours) {
+        const ParkPos* neighbour = standBySid(sid);
+        if (neighbour == nullptr || !isPlaced(*neighbour)) {
+            continue;
+        }
+        for (LiveAc& ac : liveAcs) {
+            lf_removeAdjacent(ac, claimer, stand, *neighbour);
+        }
+    }
 }
 
 double halfHoursSince(DayHH stamp, DayHH now) {
@@ -237,6 +274,31 @@ void checkStandOrExcludedIsOccupiedByStaticAndRemove(const LiveAc& ac, const Par
         logLine(fmt::format("{}: {}", "checkStandOrExcludedIsOccupiedByStaticAndRemove", error.what()));
         throw;
     }
+}
+
+void lf_claimStand(LiveAc& ac, bool searching) {
+    const LatLon place = ac.track.back().position();
+    if (place == LatLon{ac.searchedLat, ac.searchedLon}) {
+        return;
+    }
+    ac.searchedLat = place.lat;
+    ac.searchedLon = place.lon;
+    const ParkPos* stand =
+        lf_searchStandNearby(place, ac, searching ? searchingRadiusNm : stoppedRadiusNm, searching);
+    if (stand == nullptr || stand->id == lf_reservedStand() ||
+        stand->id == lf_userStand(userData.position())) {
+        return;
+    }
+    clearLiveForClaim(ac, *stand);
+    checkStandOrExcludedIsOccupiedByStaticAndRemove(ac, *stand);
+    ac.standLat = stand->latitude;
+    ac.standLon = stand->longitude;
+    ac.standHeading = stand->heading;
+    ac.sid = stand->sid;
+    ac.standCargo = stand->cargo;
+    ac.track.resize(1);
+    setPhase(ac, AcPhase::Parking);
+    lf_routeToStand(ac, *stand);
 }
 
 void lf_checkMaxPark(int extra) {
