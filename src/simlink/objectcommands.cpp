@@ -112,6 +112,14 @@ void lf_removeObject(std::uint32_t objectId) {
     }
 }
 
+/// The caller holds `simLock`.
+void sendRemovals() {
+    for (const std::uint32_t objectId : removeBuffer) {
+        lf_removeObject(objectId);
+    }
+    removeBuffer.clear();
+}
+
 void emptyFrameBuffersLocked() {
     frameSide().clear();
     eventBuffer.clear();
@@ -235,10 +243,12 @@ void lf_onFrame() {
         lf_createAc(request);
     }
     createBuffer.clear();
-    for (const std::uint32_t objectId : removeBuffer) {
-        lf_removeObject(objectId);
-    }
-    removeBuffer.clear();
+    sendRemovals();
+}
+
+void lf_sendQueuedRemovals() {
+    const std::lock_guard lock(simLock);
+    sendRemovals();
 }
 
 void reserveObjectBuffers() {

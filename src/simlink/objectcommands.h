@@ -60,6 +60,8 @@ void lf_serveRemovalQueue();
 /// Creates from the live queue; false if it was empty. The same for the static queue.
 bool lf_serveLiveCreateQueue();
 bool lf_serveStaticCreateQueue();
+/// Sends what is left in the removal buffer at once, without a frame: a paused simulator may draw none. Exit thread.
+void lf_sendQueuedRemovals();
 /// Moves all waiting removals into the frame's buffer: the end of a run.
 void lf_flushRemovalQueue();
 

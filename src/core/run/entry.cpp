@@ -1,0 +1,50 @@
+#include "platform/entry.h"
+#include "core/exceptions.h"
+#include "core/log.h"
+#include "core/parameters.h"
+#include "core/run/finalexit.h"
+#include "core/run/worker.h"
+#include "engine/pass.h"
+#include "feed/realtrafficlink.h"
+#include "platform/singleinstance.h"
+#include "window/window.h"
+
+#include <cstdio>
+
+namespace kst {
+
+namespace {
+
+constexpr int alreadyRunning = -1;
+constexpr int logUnwritable = 1;
+
+} // namespace
+
+int programMain() {
+    const platform::SingleInstance instance("$Kestrane_P3D$");
+    if (!instance.acquired()) {
+        return alreadyRunning;
+    }
+    try {
+        openLog();
+    } catch (const SysErrorException& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return logUnwritable;
+    }
+    installExit();
+    setLinkLostHandler([] { lf_removeAllLive(Reason::LinkLost); });
+    if (!createMainWindow({.startWorker = startWorker, .closeRequested = requestClose})) {
+        logLine("initInstance failed");
+        return 0;
+    }
+    std::error_code ignored;
+    std::filesystem::create_directories(parametersFolder(), ignored);
+    const int result = runMainWindow();
+    joinExit();
+    joinWorker();
+    destroyMainWindow();
+    closeLog();
+    return result;
+}
+
+} // namespace kst
