@@ -1,4 +1,5 @@
 #include "platform/entry.h"
+#include "core/display.h"
 #include "core/exceptions.h"
 #include "core/log.h"
 #include "core/parameters.h"
@@ -39,6 +40,7 @@ int programMain() {
     }
     std::error_code ignored;
     std::filesystem::create_directories(parametersFolder(), ignored);
+    displaySink()->postStartWorker();
     const int result = runMainWindow();
     joinExit();
     joinWorker();
