@@ -13,8 +13,9 @@ class HistoryFile {
 public:
     /// Begins a new file with its line of column names. Throws std::runtime_error when it cannot be written.
     explicit HistoryFile(const std::filesystem::path& path);
-    /// One line: simulated seconds, object, position and attitude. Texts are quoted.
-    void add(const Aircraft& aircraft, const HistoryPoint& point);
+    /// One line: the machine's clock (seconds since 1970), simulated seconds, object, position and attitude.
+    /// Texts are quoted.
+    void add(double wallSeconds, const Aircraft& aircraft, const HistoryPoint& point);
     void flush() { file_.flush(); }
 
 private:

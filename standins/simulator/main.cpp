@@ -22,13 +22,16 @@ using namespace kst::standin;
 
 constexpr double zurichElevationFt = 1416.0;
 
+double wallSeconds() {
+    return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+}
+
 void setUp(World& world, const SimulatorOptions& options) {
     for (const AirportOption& airport : options.airports)
         world.terrain().addAirport(airport.lat, airport.lon, airport.elevationFt);
     if (options.airports.empty())
         world.terrain().addAirport(SimulatorOptions().userLat, SimulatorOptions().userLon, zurichElevationFt);
-    const std::chrono::duration<double> now = std::chrono::system_clock::now().time_since_epoch();
-    world.setUtc(options.utcSeconds.value_or(now.count()));
+    world.setUtc(options.utcSeconds.value_or(wallSeconds()));
     world.setUserAircraft(options.title, options.model);
     world.user().place.headingRad = wrapHeading(options.userHeadingDeg * radPerDeg);
     world.placeUser(options.userLat, options.userLon, options.userAltFt, options.userOnGround);
@@ -44,7 +47,7 @@ int run(const SimulatorOptions& options) {
     if (!options.historyFile.empty()) {
         history = std::make_unique<HistoryFile>(kst::platform::pathFromUtf8(options.historyFile));
         world.onHistory = [&](const Aircraft& aircraft, const HistoryPoint& point) {
-            history->add(aircraft, point);
+            history->add(wallSeconds(), aircraft, point);
         };
     }
 
