@@ -1,0 +1,7 @@
+#include "support/uienvironment.h"
+
+namespace {
+
+const auto* const environment = ::testing::AddGlobalTestEnvironment(new kst::test::UiEnvironment);
+
+} // namespace
