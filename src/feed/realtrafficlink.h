@@ -19,8 +19,8 @@ void lf_openRealTraffic();
 /// Blocks until RealTraffic has connected and exchanged its version; ends early when an exit closes the link.
 void lf_waitForRealTraffic();
 
-/// Sends the user's position, or waits for RealTraffic to come back. Once a second. When the send fails, all live
-/// aircraft are taken out (`setLinkLostHandler`) and the readers reset; the next call waits.
+/// Sends the user's position, or waits for RealTraffic to come back. Once a second. When the send fails, all
+/// live aircraft are taken out (`setLinkLostHandler`) and the readers reset; the next call waits.
 void lf_sendUserPosition();
 
 /// Sends the simulator's time if the link is connected and `seconds` is 1 or more. A failed send has the same
@@ -38,7 +38,8 @@ bool realTrafficConnected();
 /// The port that the listener is bound to, 0 while it is closed. Any thread.
 int realTrafficPort();
 
-/// Who takes all live aircraft out of the simulator when the link is lost: called on the worker. Set once at process start (core/run), and by tests.
+/// Who takes all live aircraft out of the simulator when the link is lost: called on the worker. Set once at
+/// process start (core/run), and by tests.
 void setLinkLostHandler(std::function<void()> handler);
 
 /// Sends one command. A client that does not read counts as lost after half a second. On failure logs why,

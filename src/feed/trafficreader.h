@@ -21,6 +21,8 @@
 #include "model/reasons.h"
 #include "model/units.h"
 
+#include <atomic>
+#include <cstddef>
 #include <limits>
 #include <map>
 #include <mutex>
@@ -34,6 +36,9 @@ namespace kst {
 
 class TrafficReader : public FeedReader {
 public:
+    /// A line with fewer fields is malformed.
+    static constexpr std::size_t fieldsNeeded = 29;
+
     TrafficReader();
 
     /// Filters the line and queues what passes. Each line that is lost counts under its reason; a malformed

@@ -47,6 +47,8 @@ protected:
     /// How the log ends since the last call.
     std::string newLog();
 
+    const TempFolder& folder() const { return folder_; }
+
     static constexpr LatLon reference{47.0, 8.0};
     /// A park airport 6 nm north of the reference position, 4 nm from the good line's aircraft.
     static ParkAirportFacts nearAirport();
