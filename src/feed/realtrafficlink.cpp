@@ -94,7 +94,7 @@ void lf_waitForRealTraffic() {
     if (!realTrafficHere) {
         return;
     }
-    showMessage(fmt::format("Waiting for RealTraffic to connect to {} ...", programName), false);
+    showMessage(fmt::format("Waiting for RealTraffic to connect to {} ...", programName), true);
     lf_resetReaders();
     if (server.waitForClient()) {
         sendDataPacket("Qs999=version\r\n");

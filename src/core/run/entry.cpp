@@ -8,6 +8,7 @@
 #include "engine/pass.h"
 #include "feed/realtrafficlink.h"
 #include "platform/singleinstance.h"
+#include "simlink/objectcommands.h"
 #include "window/window.h"
 
 #include <cstdio>
@@ -18,6 +19,13 @@ namespace {
 
 constexpr int alreadyRunning = -1;
 constexpr int logUnwritable = 1;
+
+/// The worker waits for the link's return from now on, so nothing serves the removal queue: it goes out
+/// whole.
+void removeTrafficOfLostLink() {
+    lf_removeAllLive(Reason::LinkLost);
+    lf_flushRemovalQueue();
+}
 
 } // namespace
 
@@ -33,7 +41,7 @@ int programMain() {
         return logUnwritable;
     }
     installExit();
-    setLinkLostHandler([] { lf_removeAllLive(Reason::LinkLost); });
+    setLinkLostHandler(removeTrafficOfLostLink);
     if (!createMainWindow({.startWorker = startWorker, .closeRequested = requestClose})) {
         logLine("initInstance failed");
         return 0;

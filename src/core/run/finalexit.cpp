@@ -8,23 +8,20 @@
 #include "core/parameters.h"
 #include "core/reasoncounts.h"
 #include "core/run/exceptions.h"
+#include "core/run/reset.h"
 #include "core/run/run.h"
-#include "core/run/startup.h"
 #include "core/run/worker.h"
 #include "core/runstate.h"
-#include "core/workerinbox.h"
 #include "engine/pass.h"
-#include "engine/tables.h"
-#include "feed/feedqueue.h"
 #include "feed/readers.h"
 #include "feed/realtrafficlink.h"
 #include "parking/staticparking.h"
 #include "simlink/flightplans.h"
 #include "simlink/objectcommands.h"
+#include "simlink/session.h"
 
 #include <mutex>
 #include <thread>
-#include <vector>
 
 namespace kst {
 
@@ -45,7 +42,7 @@ void stopWorkAndFeed() {
 }
 
 void removeTraffic() {
-    const bool sessionStands = statusValues().simConnected;
+    const bool sessionStands = simSessionStands();
     lf_removeAllLive(Reason::RunEnded);
     lf_removeAllStatic(Reason::RunEnded);
     if (sessionStands) {
@@ -81,21 +78,6 @@ void clearScanRequests() {
         saveParameter(*parameter);
         showParameter(*parameter);
     }
-}
-
-void resetForNextRun(bool restartFollows) {
-    clearError();
-    clearMessage();
-    lf_resetReaders();
-    resetEngine(restartFollows);
-    resetObjectCommands();
-    resetFeedQueue();
-    std::vector<WorkerRequest> unserved;
-    takeWorkerRequests(unserved);
-    resetRunState();
-    resetDisplay();
-    resetCounts();
-    lf_takeEnteredRange();
 }
 
 /// Counts the seconds down. Ends early when another exit is asked for, as by a close of the window.
