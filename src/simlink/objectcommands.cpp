@@ -251,6 +251,11 @@ void lf_sendQueuedRemovals() {
     sendRemovals();
 }
 
+std::vector<EventCmd> queuedEventsForTest() {
+    const std::lock_guard lock(simLock);
+    return eventBuffer;
+}
+
 void reserveObjectBuffers() {
     const std::lock_guard lock(simLock);
     for (auto& buffer : positionBuffers) {

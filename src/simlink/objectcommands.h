@@ -78,6 +78,9 @@ void reserveObjectBuffers();
 /// The `Frame` event: positions, events, creations, removals. Dispatch thread.
 void lf_onFrame();
 
+/// The client events that wait for the next frame, in order. Tests.
+std::vector<EventCmd> queuedEventsForTest();
+
 /// Empties every buffer and queue of this file. Exit thread, worker stopped.
 void resetObjectCommands();
 /// The part of it that empties the queues and the inbox.

@@ -160,7 +160,7 @@ TEST_F(Approach, ClimbLawGivesThePitchOfEachVerticalSpeed) {
     struct {
         double vsFpm;
         double pitchDeg;
-    } const table[] = {{0, -3.0},     {600, -5.2},  {2400, -11.8}, {9000, -11.8},
+    } const table[] = {{0, -3.0},    {600, -5.2},  {2400, -11.8}, {9000, -11.8},
                        {-600, -1.9}, {-3000, 2.5}, {-9000, 2.5}};
     for (const auto& row : table) {
         EXPECT_NEAR(climbLawPitch(row.vsFpm) * degPerRad, row.pitchDeg, 1e-9) << row.vsFpm << " ft/min";
@@ -260,9 +260,9 @@ TEST_F(Approach, FlapsComeOutStepByStepOnTheWayDown) {
         int flaps;
         int after;
     } const table[] = {
-        {"A320", 2400, -900, 1, 0},  {"A320", 2399, -900, 0, 1}, {"A320", 2399, 100, 0, 1},
-        {"A320", 2399, 101, 0, 0},   {"A320", 2399, -900, 1, 1}, {"C172", 1999, -500, 0, 1},
-        {"C172", 1999, -500, 1, 2},  {"C172", 1999, -500, 2, 2}, {"C172", 1999, 200, 1, 1},
+        {"A320", 2400, -900, 1, 0}, {"A320", 2399, -900, 0, 1}, {"A320", 2399, 100, 0, 1},
+        {"A320", 2399, 101, 0, 0},  {"A320", 2399, -900, 1, 1}, {"C172", 1999, -500, 0, 1},
+        {"C172", 1999, -500, 1, 2}, {"C172", 1999, -500, 2, 2}, {"C172", 1999, 200, 1, 1},
         {"EC35", 1999, -500, 4, 4}, // a helicopter has none
     };
     for (const auto& row : table) {
@@ -394,7 +394,7 @@ TEST_F(Approach, FlareMovesOnStageByStageWithTheHeight) {
         int stage;
         double dAlt;
         double vsFpm;
-    } const table[] = {{40.1, 0, 0.0, -700.0},   {40.0, 1, -0.1, -601.0},  {30.1, 1, -0.1, -601.0},
+    } const table[] = {{40.1, 0, 0.0, -700.0},    {40.0, 1, -0.1, -601.0},   {30.1, 1, -0.1, -601.0},
                        {30.0, 2, -0.075, -450.0}, {20.1, 2, -0.075, -450.0}, {20.0, 3, -0.05, -300.0},
                        {13.0, 4, -0.025, -150.0}, {10.5, 4, -0.025, -150.0}};
     for (const auto& row : table) {

@@ -8,6 +8,7 @@
 #include "engine/ticks.h"
 
 #include <cmath>
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <limits>
 
@@ -106,7 +107,8 @@ TEST_F(Legs, FlyingAircraftDoesNotHangInTheAirAtAStandingPoint) {
         TrackPoint standing = airPoint(start, 5000, 200, now + 500);
         standing.stationary = marked;
         const LatLon next = offset(start, 0.0, 3000.0);
-        LiveAc& ac = flying({airPoint(start, 5000, 200, now), standing, airPoint(next, 5000, 200, now + 3000)});
+        LiveAc& ac =
+            flying({airPoint(start, 5000, 200, now), standing, airPoint(next, 5000, 200, now + 3000)});
         nextPosMain(ac);
         ASSERT_EQ(ac.track.size(), 1U) << marked;
         EXPECT_EQ(ac.track.front().position(), next) << marked;
@@ -117,9 +119,9 @@ TEST_F(Legs, FlyingAircraftDoesNotHangInTheAirAtAStandingPoint) {
 TEST_F(Legs, HelicopterHoversAtAStandingPoint) {
     TrackPoint standing = airPoint(start, 500, 0, now + 500);
     standing.stationary = true;
-    LiveAc& ac =
-        flying({airPoint(start, 500, 60, now), standing, airPoint(offset(start, 0.0, 900.0), 500, 60, now + 3000)},
-               "EC35");
+    LiveAc& ac = flying(
+        {airPoint(start, 500, 60, now), standing, airPoint(offset(start, 0.0, 900.0), 500, 60, now + 3000)},
+        "EC35");
     nextPosMain(ac);
     EXPECT_EQ(ac.track.size(), 2U);
     EXPECT_TRUE(ac.track.front().stationary);
@@ -149,9 +151,10 @@ TEST_F(Legs, DateLineIsCrossedTheShortWay) {
 }
 
 TEST_F(Legs, PoleIsPassedWithoutAJump) {
-    LiveAc& ac = flying({airPoint({89.95, 10.0}, 30000, 450, now), airPoint({89.99, 10.0}, 30000, 450, now + 1900),
-                         airPoint({89.97, -170.0}, 30000, 450, now + 3800),
-                         airPoint({89.90, -170.0}, 30000, 450, now + 7000)});
+    LiveAc& ac =
+        flying({airPoint({89.95, 10.0}, 30000, 450, now), airPoint({89.99, 10.0}, 30000, 450, now + 1900),
+                airPoint({89.97, -170.0}, 30000, 450, now + 3800),
+                airPoint({89.90, -170.0}, 30000, 450, now + 7000)});
     Flown flown(world, ac);
     flown.flyTo(now + 5000, [](const LiveAc& flownAc) { EXPECT_LE(flownAc.simState.lat, 90.0); });
     EXPECT_LT(flown.motion().metres, 10.0);
@@ -168,7 +171,8 @@ TEST_F(Legs, DueTimesNearTheEndOfTheirRangeDoNotRunOver) {
     EXPECT_EQ(ac.track.front().dueTick, end);
     EXPECT_EQ(ac.state, AcState::Live);
 
-    LiveAc& other = flying({airPoint(start, 5000, 200, end - 100), airPoint(offset(start, 0, 9000), 5000, 200, end)});
+    LiveAc& other =
+        flying({airPoint(start, 5000, 200, end - 100), airPoint(offset(start, 0, 9000), 5000, 200, end)});
     other.maxLagTicks = 5000;
     nextPosMain(other);
     EXPECT_GE(other.track.front().dueTick, end - 100);
@@ -211,7 +215,8 @@ TEST_F(Legs, WhateverTheFeedSaysTheSimulatorIsSentNumbers) {
                 LiveAc& ac = world.addLive("SWR1", AcState::Live, onGround ? AcPhase::Taxi : AcPhase::Air,
                                            {first, row.second, row.third}, type);
                 ac.heightAgl = onGround ? 0.0 : 900.0;
-                SCOPED_TRACE(fmt::format("{}, {} {}", row.name, type, onGround ? "on the ground" : "in the air"));
+                SCOPED_TRACE(
+                    fmt::format("{}, {} {}", row.name, type, onGround ? "on the ground" : "in the air"));
                 Flown flown(world, ac);
                 // Each tick is checked in there.
                 flown.flyTo(now + 3000, [](const LiveAc& flownAc) {
