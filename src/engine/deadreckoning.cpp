@@ -209,6 +209,9 @@ bool lf_extendTrack(LiveAc& ac) {
     }
     if (ac.phase == AcPhase::Parking) {
         lf_arriveAtStand(ac);
+        if (ac.state == AcState::Removing) {
+            return false;
+        }
     } else if (waitsForData(ac)) {
         return holdPosition(ac);
     }

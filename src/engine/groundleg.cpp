@@ -44,6 +44,7 @@ constexpr double gentleTurnNm = 30.0 * nmPerMetre;
 constexpr double fullTurnDeg = 90.0;
 constexpr double sharpTurnDegPerRate = 30.0;
 constexpr std::int32_t sharpTurnDriftTicks = 2000;
+constexpr double fastestTurnInRates = 3.0;
 
 /// Throttle of a departure roll, by the ground speeds of front and second point.
 struct RollPower {
@@ -151,6 +152,13 @@ void scaleTurnRate(LiveAc& ac, double legTicks) {
     }
 }
 
+/// The nose is to be in line when the aircraft stops on its stand.
+void turnOntoStand(LiveAc& ac) {
+    const double turn = std::abs(gf_angleDiff(ac.simState.heading, ac.targetHeading));
+    const double needed = turn / lf_stepsToNext(ac);
+    ac.turnRate = std::max(ac.turnRate, std::min(needed, ac.baseTurnRate * fastestTurnInRates));
+}
+
 void timeStandingLeg(LiveAc& ac) {
     const std::int32_t untilFront = ticksBetween(presentTick(), ac.track[0].dueTick);
     lf_setDueTick(ac, std::max(laterTick(untilFront, feedTicks(ac)), shortestLegTicks));
@@ -219,6 +227,9 @@ void lf_timeTaxiLeg(LiveAc& ac) {
         scaleTurnRate(ac, ticks);
     }
     lf_setDueTick(ac, ticks);
+    if (ac.phase == AcPhase::Parking) {
+        turnOntoStand(ac);
+    }
 }
 
 void lf_smoothSpeed(LiveAc& ac) {

@@ -27,7 +27,6 @@ namespace {
 
 constexpr std::int32_t shortestRouteTicks = 100;
 constexpr std::int32_t settleTicks = 50;
-constexpr double turnFlagDeg = 3.0;
 constexpr double onStandNm = 2.0 * nmPerMetre;
 
 // How far a parked aircraft's positions may lie from its stand.
@@ -124,8 +123,8 @@ void lf_routeToStand(LiveAc& ac, const ParkPos& stand) {
     ac.track.push_back(arrival);
     ac.track.push_back(stop);
     ac.targetHeading = stand.heading;
-    ac.turnDeg = std::abs(gf_angleDiff(ac.simState.heading, ac.targetHeading)) * degPerRad;
-    ac.turnOnly = ac.turnDeg > turnFlagDeg;
+    // A parking aircraft turns anyway; what its taxi leg meant to turn is over.
+    ac.turnOnly = false;
     if (ac.reckonLeft > 0) {
         endDeadReckoning(ac);
     }

@@ -2,6 +2,7 @@
 
 #include "core/parameters.h"
 #include "core/reasoncounts.h"
+#include "core/runstate.h"
 #include "engine/flown.h"
 #include "engine/prediction.h"
 #include "engine/stops.h"
