@@ -112,6 +112,12 @@ TEST(MeasureFlights, AJumpIsMoreThanTheSpeedExplains) {
     EXPECT_EQ(step.tailNumber, "SWR12");
 }
 
+TEST(MeasureFlights, TheFirstSecondsOfAnObjectAreToldApart) {
+    const auto result = measureText(flightNorth(200.0), shown({.jumpAtS = 2.0, .jumpM = 20.0}, 150.0));
+    EXPECT_NEAR(result->measured.appearing.overM, 20.0, 0.1);
+    EXPECT_LT(result->measured.air.worstStep.overM, 0.01);
+}
+
 TEST(MeasureFlights, GroundHasItsOwnRow) {
     const auto result =
         measureText(flightNorth(100.0, true), shown({.besideM = 3.0, .onGround = true}, 50.0));

@@ -22,6 +22,8 @@ constexpr double longestStepSeconds = 2.0;
 /// The speed that explains a step is the highest told within this time.
 constexpr double speedWindowSeconds = 15.0;
 constexpr double secondsPerHour = 3600.0;
+/// An object is created, taken over and left to settle before it flies.
+constexpr double appearingSeconds = 4.0;
 
 struct Metres {
     double east = 0.0;
@@ -141,8 +143,8 @@ void noteStep(Step& worst, const Step& step) {
 
 class Pair {
 public:
-    Pair(const ShownObject& object, const Target& target, Samples& air, Samples& ground)
-        : object_(object), target_(target), air_(air), ground_(ground) {}
+    Pair(const ShownObject& object, const Target& target, Samples& air, Samples& ground, Step& appearing)
+        : object_(object), target_(target), air_(air), ground_(ground), appearing_(appearing) {}
 
     ObjectFigures measure() {
         ObjectFigures figures;
@@ -202,6 +204,10 @@ private:
         step.seconds = seconds;
         step.tailNumber = object_.tailNumber;
         step.time = to.time;
+        if (to.time - object_.points.front().time <= appearingSeconds) {
+            noteStep(appearing_, step);
+            return true;
+        }
         noteStep(own_.worstStep, step);
         noteStep((to.onGround ? ground_ : air_).worstStep, step);
         return true;
@@ -211,6 +217,7 @@ private:
     const Target& target_;
     Samples& air_;
     Samples& ground_;
+    Step& appearing_;
     Samples own_;
     bool inAir_ = false;
     bool onGround_ = false;
@@ -276,7 +283,7 @@ Measured measure(const Flights& flights) {
             ++measured.unmatched;
             continue;
         }
-        measured.byObject.push_back(Pair(object, *target, air, ground).measure());
+        measured.byObject.push_back(Pair(object, *target, air, ground, measured.appearing).measure());
         measured.withoutTrack += measured.byObject.back().withoutTrack;
     }
     measured.air = figuresOf(air);

@@ -61,6 +61,9 @@ struct Measured {
     std::size_t withoutTrack = 0;
     PhaseFigures air;
     PhaseFigures ground;
+    /// Worst step of the first seconds of an object's life, in which the simulator itself still moves it; not
+    /// in the steps of the phases.
+    Step appearing;
     std::vector<ObjectFigures> byObject; ///< those with a target
 };
 

@@ -27,18 +27,21 @@ nlohmann::json jsonOfSpread(const Spread& spread) {
     return {{"count", spread.count}, {"median", spread.median}, {"p95", spread.p95}, {"max", spread.max}};
 }
 
+nlohmann::json jsonOfStep(const Step& step) {
+    return {{"step_m", step.stepM},
+            {"explained_m", step.explainedM},
+            {"over_m", step.overM},
+            {"seconds", step.seconds},
+            {"tail", step.tailNumber}};
+}
+
 nlohmann::json jsonOfPhase(const PhaseFigures& figures) {
     return {{"objects", figures.objects},
             {"from_line_m", jsonOfSpread(figures.fromLineM)},
             {"time_off_s", jsonOfSpread(figures.timeOffS)},
             {"median_lag_s", figures.medianLagS},
             {"altitude_off_ft", jsonOfSpread(figures.altitudeOffFt)},
-            {"worst_step",
-             {{"step_m", figures.worstStep.stepM},
-              {"explained_m", figures.worstStep.explainedM},
-              {"over_m", figures.worstStep.overM},
-              {"seconds", figures.worstStep.seconds},
-              {"tail", figures.worstStep.tailNumber}}}};
+            {"worst_step", jsonOfStep(figures.worstStep)}};
 }
 
 } // namespace
@@ -56,13 +59,18 @@ std::string tableOf(const Measured& measured) {
     text += "\nlargest step between two frames\n";
     text += stepRow("air", measured.air.worstStep);
     text += stepRow("ground", measured.ground.worstStep);
+    text += stepRow("new", measured.appearing);
     return text;
 }
 
 std::string jsonOf(const Measured& measured) {
-    nlohmann::json document = {{"targets", measured.targets},      {"objects", measured.objects},
-                               {"unmatched", measured.unmatched},  {"parked", measured.parked},
-                               {"air", jsonOfPhase(measured.air)}, {"ground", jsonOfPhase(measured.ground)}};
+    nlohmann::json document = {{"targets", measured.targets},
+                               {"objects", measured.objects},
+                               {"unmatched", measured.unmatched},
+                               {"parked", measured.parked},
+                               {"air", jsonOfPhase(measured.air)},
+                               {"ground", jsonOfPhase(measured.ground)},
+                               {"appearing", jsonOfStep(measured.appearing)}};
     return document.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
 }
 
