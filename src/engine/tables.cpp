@@ -6,7 +6,6 @@
 #include "engine/standselection.h"
 
 #include <algorithm>
-#include <fmt/format.h>
 
 namespace kst {
 
@@ -70,11 +69,6 @@ LiveAc* liveByObjectId(std::uint32_t objectId) {
 StaticAc* staticByHexid(std::uint32_t hexid) {
     const auto found = std::ranges::find(staticAcs, hexid, &StaticAc::hexid);
     return found != staticAcs.end() ? &*found : nullptr;
-}
-
-std::string describe(const AcBase& ac) {
-    return fmt::format("{:8} {} {} {} ({})", ac.callsign, ac.regcode.empty() ? "-" : ac.regcode,
-                       ac.airline.empty() ? "-" : ac.airline, ac.acType.empty() ? "-" : ac.acType, ac.hexid);
 }
 
 void deleteRecord(LiveAc& ac) {

@@ -2,6 +2,7 @@
 
 // The tables of all traffic. Worker only, but for the exit thread once the worker has stopped.
 
+#include "core/describe.h"
 #include "model/aircraft.h"
 
 #include <cstdint>
@@ -34,9 +35,6 @@ void reserveTables();
 LiveAc* liveByHexid(std::uint32_t hexid);
 LiveAc* liveByObjectId(std::uint32_t objectId);
 StaticAc* staticByHexid(std::uint32_t hexid);
-
-/// The aircraft in a few words for a log line: callsign, registration, operator, type, identity.
-std::string describe(const AcBase& ac);
 
 /// Deletes a record, moving the table's last record into its place.
 void deleteRecord(LiveAc& ac);

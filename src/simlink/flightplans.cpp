@@ -1,10 +1,12 @@
 #include "simlink/flightplans.h"
 
+#include "core/describe.h"
 #include "core/files.h"
 #include "core/log.h"
 #include "platform/paths.h"
 #include "simlink/objectcommands.h"
 
+#include <string_view>
 #include <system_error>
 
 #include <fmt/format.h>
@@ -16,6 +18,27 @@ namespace {
 /// Absolute: the simulator, which reads the files, has another working directory.
 std::filesystem::path flightPlanFolder() {
     return std::filesystem::absolute(folders::output / "orig_dest");
+}
+
+/// The text as content of an element: what the feed says does not become markup.
+std::string escaped(std::string_view text) {
+    std::string result;
+    for (const char c : text) {
+        switch (c) {
+        case '&':
+            result += "&amp;";
+            break;
+        case '<':
+            result += "&lt;";
+            break;
+        case '>':
+            result += "&gt;";
+            break;
+        default:
+            result += c;
+        }
+    }
+    return result;
 }
 
 bool fliesByInstruments(Category category) {
@@ -56,7 +79,8 @@ std::string flightPlanText(const LiveAc& ac) {
                        "<DestinationID>{}</DestinationID>\n"
                        "</FlightPlan.FlightPlan>\n"
                        "</SimBase.Document>\n",
-                       fliesByInstruments(ac.category) ? "IFR" : "VFR", ac.origin, ac.destination);
+                       fliesByInstruments(ac.category) ? "IFR" : "VFR", escaped(ac.origin),
+                       escaped(ac.destination));
 }
 
 void lf_setFlightPlan(LiveAc& ac) {
@@ -67,7 +91,7 @@ void lf_setFlightPlan(LiveAc& ac) {
     ac.flightPlanLoaded = writeTextFile(flightPlanText(ac), path, false) &&
                           lf_sendFlightPlan(ac.objectId, platform::utf8FromPath(path));
     if (!ac.flightPlanLoaded) {
-        logLine(fmt::format("{} creating a flight plan failed", ac.callsign));
+        logLine(fmt::format("{} creating a flight plan failed", describe(ac)));
     }
 }
 
