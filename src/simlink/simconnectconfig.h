@@ -19,8 +19,8 @@ namespace kst {
 
 struct SimConnectConfig {
     SimProtocol protocol = SimProtocol::Pipe;
-    std::string address;
-    std::string port;
+    std::string address{};
+    std::string port{};
     std::uint32_t maxReceiveSize = 41088;
     bool disableNagle = false;
 };

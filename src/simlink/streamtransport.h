@@ -17,8 +17,8 @@ enum class SimProtocol : std::uint32_t { Pipe = 1, IPv4 = 2, IPv6 = 23 };
 /// One attempt to connect.
 struct TransportTarget {
     SimProtocol protocol = SimProtocol::Pipe;
-    std::string address; ///< host name or address; of a pipe its server
-    std::string port;    ///< port number or service; of a pipe its name, empty for the default
+    std::string address{}; ///< host name or address; of a pipe its server
+    std::string port{};    ///< port number or service; of a pipe its name, empty for the default
     std::uint32_t maxReceiveSize = 0;
     bool disableNagle = false;
 };

@@ -88,6 +88,7 @@ public:
     std::vector<Packet> sentOf(std::uint32_t operation) const;
     std::string log() const;
     bool logged(std::string_view text) const { return log().find(text) != std::string::npos; }
+    /// What waits for the worker, taken out.
     std::vector<SimCommand> answers() const;
 };
 

@@ -37,10 +37,11 @@ void MemoryTransport::closeStream() {
     }
 }
 
-MemoryConnection::MemoryConnection(MemoryTransport::FromProgram fromProgram) {
-    setTransportForTest([this, fromProgram](const TransportTarget& target) {
+MemoryConnection::MemoryConnection(MemoryTransport::FromProgram fromProgram)
+    : fromProgram_(std::move(fromProgram)) {
+    setTransportForTest([this](const TransportTarget& target) {
         transport_ =
-            refused_ ? nullptr : std::make_shared<MemoryTransport>(fromProgram, target.maxReceiveSize);
+            refused_ ? nullptr : std::make_shared<MemoryTransport>(fromProgram_, target.maxReceiveSize);
         return transport_;
     });
 }

@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <span>
+#include <utility>
 
 namespace kst::test {
 
@@ -47,10 +48,13 @@ public:
 
     /// Null until the program has opened a connection.
     MemoryTransport* transport() const { return transport_.get(); }
+    /// Another receiver, for connections opened from now on.
+    void onPacket(MemoryTransport::FromProgram fromProgram) { fromProgram_ = std::move(fromProgram); }
     /// No simulator from now on: attempts to connect fail.
     void refuse(bool refused) { refused_ = refused; }
 
 private:
+    MemoryTransport::FromProgram fromProgram_;
     std::shared_ptr<MemoryTransport> transport_;
     bool refused_ = false;
 };

@@ -1,0 +1,124 @@
+// The flight plan files that the simulator's own pilots are given.
+
+#include "core/files.h"
+#include "core/log.h"
+#include "platform/paths.h"
+#include "simlink/flightplans.h"
+#include "simlink/simscene.h"
+
+#include <gtest/gtest.h>
+
+namespace kst::test {
+namespace {
+
+LiveAc flight(std::string_view origin, std::string_view destination, Category category = Category::Large) {
+    LiveAc ac;
+    ac.callsign = "SWR100";
+    ac.origin = origin;
+    ac.destination = destination;
+    ac.category = category;
+    ac.objectId = 77;
+    ac.hexid = 20001;
+    return ac;
+}
+
+TEST(FlightPlan, IsWrittenLineByLine) {
+    EXPECT_EQ(flightPlanText(flight("LSZH", "EGLL")), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                                                      "<SimBase.Document Type=\"AceXML\" version=\"4,3\">\"\n"
+                                                      "<FlightPlan.FlightPlan>\n"
+                                                      "<FPType>IFR</FPType>\n"
+                                                      "<DepartureID>LSZH</DepartureID>\n"
+                                                      "<DestinationID>EGLL</DestinationID>\n"
+                                                      "</FlightPlan.FlightPlan>\n"
+                                                      "</SimBase.Document>\n");
+}
+
+TEST(FlightPlan, OnlyAirlinersFlyByInstruments) {
+    struct Case {
+        Category category;
+        std::string_view type;
+    };
+    const Case cases[] = {{Category::Light, "VFR"},    {Category::Buzjets, "IFR"},
+                          {Category::Large, "IFR"},    {Category::Heavy, "IFR"},
+                          {Category::HighPerf, "VFR"}, {Category::Rotorcraft, "VFR"}};
+    for (const Case& c : cases) {
+        EXPECT_NE(flightPlanText(flight("A", "B", c.category)).find("<FPType>" + std::string(c.type) + "<"),
+                  std::string::npos)
+            << categoryName(c.category);
+    }
+}
+
+TEST(FlightPlan, WhatTheFeedSaysIsNoMarkup) {
+    EXPECT_NE(flightPlanText(flight("<A>&", "B")).find("<DepartureID>&lt;A&gt;&amp;</DepartureID>"),
+              std::string::npos);
+}
+
+TEST(FlightPlan, IsHandedOverWithItsWholePathAndDeletedAfterwards) {
+    SimScene scene;
+    scene.open();
+    ASSERT_TRUE(lf_prepareFlightPlanFolder());
+    LiveAc ac = flight("LSZH", "EGLL");
+    lf_setFlightPlan(ac);
+    EXPECT_TRUE(ac.flightPlanLoaded);
+    const auto sent = scene.sentOf(0x2D);
+    ASSERT_EQ(sent.size(), 1U);
+    EXPECT_EQ(fieldOf(sent[0], 16), 77U);
+    EXPECT_EQ(fieldOf(sent[0], 280), 110U);
+    const std::filesystem::path path = platform::pathFromUtf8(textOf(sent[0], 20));
+    EXPECT_TRUE(path.is_absolute()) << "the simulator has another working directory";
+    EXPECT_TRUE(std::filesystem::equivalent(path, scene.folder.path() / "output" / "orig_dest" / "77.pln"));
+    EXPECT_EQ(scene.folder.read("output/orig_dest/77.pln"), flightPlanText(ac));
+    lf_deleteFlightPlan(ac);
+    EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST(FlightPlan, NeedsBothEnds) {
+    SimScene scene;
+    scene.open();
+    lf_prepareFlightPlanFolder();
+    for (LiveAc ac : {flight("LSZH", ""), flight("", "EGLL"), flight("", "")}) {
+        lf_setFlightPlan(ac);
+        EXPECT_FALSE(ac.flightPlanLoaded);
+    }
+    EXPECT_TRUE(scene.sent.empty());
+    EXPECT_TRUE(std::filesystem::is_empty("output/orig_dest"));
+}
+
+TEST(FlightPlan, AFailureIsLoggedAndTheFileIsNotDeletedLater) {
+    SimScene scene;
+    scene.open();
+    LiveAc ac = flight("LSZH", "EGLL");
+    lf_setFlightPlan(ac); // no folder to write to
+    EXPECT_FALSE(ac.flightPlanLoaded);
+    EXPECT_TRUE(scene.logged("SWR100   - - - (20001) creating a flight plan failed\n"));
+    EXPECT_TRUE(scene.sent.empty());
+    lf_prepareFlightPlanFolder();
+    scene.connection.transport()->breakConnection();
+    lf_setFlightPlan(ac); // nobody to send it to
+    EXPECT_FALSE(ac.flightPlanLoaded);
+    lf_deleteFlightPlan(ac);
+    EXPECT_TRUE(scene.folder.read("output/orig_dest/77.pln"));
+}
+
+TEST(FlightPlan, TheFolderIsMadeAndRemovedWithWhatIsInIt) {
+    const TempFolder folder;
+    gf_removeFlightPlanFolder(); // nothing there: nothing happens
+    EXPECT_TRUE(lf_prepareFlightPlanFolder());
+    EXPECT_TRUE(lf_prepareFlightPlanFolder()) << "again";
+    folder.write("output/orig_dest/5.pln", "x");
+    gf_removeFlightPlanFolder();
+    EXPECT_FALSE(std::filesystem::exists("output/orig_dest"));
+    EXPECT_TRUE(std::filesystem::exists("output"));
+
+    std::filesystem::remove("output");
+    folder.write("output", "a file is in the way");
+    try {
+        lf_prepareFlightPlanFolder();
+        ADD_FAILURE() << "no error";
+    } catch (const std::filesystem::filesystem_error& error) {
+        EXPECT_NE(std::string(error.what()).find("create_directory"), std::string::npos);
+    }
+}
+
+} // namespace
+} // namespace kst::test
