@@ -7,6 +7,7 @@ const POLL_MS = 250;
 const TRAIL_POINT_NM = 0.02;
 const TRAIL_POINTS = 240;
 const NM_PER_DEG = 60;
+const WING_SPAN_NM = 0.0185; // 34 m, an airliner of middle size
 const LIGHTS = [['nav', 0], ['beacon', 1], ['landing', 2], ['taxi', 3], ['strobe', 4], ['logo', 8], ['cabin', 9]];
 const BIT = Object.fromEntries(LIGHTS.map(([name, bit]) => [name, 1 << bit]));
 // Altitude in feet and its colour.
@@ -101,15 +102,15 @@ function drawRings(user) {
   pen.textAlign = 'center';
   pen.font = '10px system-ui, "DejaVu Sans", sans-serif';
   for (let ring = 1, nm = step; ring <= 40 && nm < reach; ++ring, nm = ring * step) {
-    pen.strokeStyle = ring % 5 === 0 ? '#c3ceda' : '#dbe3eb';
+    pen.strokeStyle = ring % 5 === 0 ? '#b9c6d4' : '#d5dee7';
     pen.beginPath();
     pen.arc(x, y, nm * view.pxPerNm, 0, 2 * Math.PI);
     pen.stroke();
-    pen.fillStyle = '#93a1b2';
+    pen.fillStyle = '#8392a5';
     const label = step < 1 ? nm.toFixed(nm < 0.1 ? 2 : 1) : String(Math.round(nm));
     pen.fillText(label + ' nm', x, y - nm * view.pxPerNm + 12);
   }
-  pen.strokeStyle = '#e3e9f0';
+  pen.strokeStyle = '#dfe6ed';
   pen.beginPath();
   pen.moveTo(x, 0); pen.lineTo(x, map.clientHeight);
   pen.moveTo(0, y); pen.lineTo(map.clientWidth, y);
@@ -151,9 +152,10 @@ function drawTrail(id, object) {
 const SILHOUETTE = new Path2D('M0-10 C1.2-9 1.5-7 1.5-5 L1.5-2.5 L10 3 L10 5 L1.5 2.4 L1.2 7 L4 9 L4 10.3 L0 9.2 ' +
                               'L-4 10.3 L-4 9 L-1.2 7 L-1.5 2.4 L-10 5 L-10 3 L-1.5-2.5 L-1.5-5 C-1.5-7-1.2-9 0-10 Z');
 
+// Close up, aircraft are drawn as large as they are: that shows who is in whose way.
 function glyphScale(object) {
   const base = Math.min(1.5, Math.max(0.62, 0.55 + Math.log10(1 + view.pxPerNm) * 0.35));
-  return isStatic(object) || object.ground ? base * 0.72 : base;
+  return Math.max(isStatic(object) || object.ground ? base * 0.72 : base, WING_SPAN_NM * view.pxPerNm / 20);
 }
 
 function drawLights(object, scale, now) {
@@ -352,7 +354,7 @@ function showDetails() {
   const values = [
     ['Altitude', feet(object.alt) + ' ft'], ['Above ground', feet(object.agl) + ' ft'], ['Ground speed', Math.round(object.kt) + ' kt'],
     ['Heading', Math.round(object.heading) % 360 + '°'], ['Vertical', feet(object.vs) + ' ft/min'], ['Airspeed', Math.round(object.tas) + ' kt'],
-    ['Pitch', (-object.pitch).toFixed(1) + '°'], ['Bank', object.bank.toFixed(1) + '°'], ['Flaps', object.flaps + ' %'],
+    ['Pitch', (-object.pitch).toFixed(1) + '°'], ['Bank', Math.abs(object.bank).toFixed(1) + '°' + (object.bank < -0.05 ? ' right' : object.bank > 0.05 ? ' left' : '')], ['Flaps', object.flaps + ' %'],
     ['Throttle', object.throttle + ' %'], ['Spoilers', object.spoilers + ' %'], ['Object', object.id],
     ['Latitude', object.lat.toFixed(5)], ['Longitude', object.lon.toFixed(5)], ['In the world', object.age + ' s'],
   ];
