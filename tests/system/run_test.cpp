@@ -24,7 +24,7 @@ void startConnected(SystemWorld& world) {
 
 /// And aircraft fly.
 void startAndFly(SystemWorld& world) {
-    startConnected(world);
+    ASSERT_NO_FATAL_FAILURE(startConnected(world));
     ASSERT_TRUE(waitFor([&] { return world.objectCount() >= 12; }, 90s)) << "nothing flies";
 }
 
@@ -38,7 +38,7 @@ void closeAndExpectCleanEnd(SystemWorld& world) {
 
 TEST(System, TrafficFliesThroughAPauseAndACloseLeavesTheSimulatorClean) {
     SystemWorld world;
-    startAndFly(world);
+    ASSERT_NO_FATAL_FAILURE(startAndFly(world));
     closeAndExpectCleanEnd(world);
     EXPECT_TRUE(waitFor([&] { return world.objectCount() == 0; }, 5s))
         << world.objectCount() << " objects left";
@@ -61,7 +61,7 @@ TEST(System, SecondStartEndsAtOnceAndLeavesTheFirstAlone) {
 
 TEST(System, SimulatorThatClosesEndsTheProgram) {
     SystemWorld world;
-    startConnected(world);
+    ASSERT_NO_FATAL_FAILURE(startConnected(world));
     ASSERT_TRUE(world.control(R"({"action":"quit"})"));
     EXPECT_EQ(world.program().wait(20s), 0);
     EXPECT_TRUE(world.logSays("Exiting: SIM WAS CLOSED", 1s));
@@ -69,7 +69,7 @@ TEST(System, SimulatorThatClosesEndsTheProgram) {
 
 TEST(System, BrokenConnectionEndsTheProgramLikeAQuit) {
     SystemWorld world;
-    startConnected(world);
+    ASSERT_NO_FATAL_FAILURE(startConnected(world));
     ASSERT_TRUE(world.control(R"({"action":"drop"})"));
     EXPECT_EQ(world.program().wait(20s), 0);
     EXPECT_TRUE(world.logSays("Exiting: SIM WAS CLOSED", 1s));
@@ -77,7 +77,7 @@ TEST(System, BrokenConnectionEndsTheProgramLikeAQuit) {
 
 TEST(System, LostFeedLinkRemovesTheTrafficAndItComesBackAndACloseInAPauseLeavesNothing) {
     SystemWorld world;
-    startAndFly(world);
+    ASSERT_NO_FATAL_FAILURE(startAndFly(world));
     world.stopRealTraffic();
     EXPECT_TRUE(world.logSays("RealTraffic gone? Wait for RealTraffic to re-connect ..."));
     EXPECT_TRUE(waitFor([&] { return world.objectCount() == 0; }, 10s))
@@ -94,7 +94,7 @@ TEST(System, LostFeedLinkRemovesTheTrafficAndItComesBackAndACloseInAPauseLeavesN
 
 TEST(System, TeleportRestartsAndACloseEndsTheCountdown) {
     SystemWorld world;
-    startConnected(world);
+    ASSERT_NO_FATAL_FAILURE(startConnected(world));
     ASSERT_TRUE(world.control(R"({"action":"teleport","lat":51.47,"lon":-0.45,"alt":9000})"));
     ASSERT_TRUE(world.logSays("Prepare for a restart ..."));
     ASSERT_TRUE(world.logSays("Restarting after 30 seconds"));
