@@ -23,7 +23,7 @@ constexpr double longestStepSeconds = 2.0;
 constexpr double speedWindowSeconds = 15.0;
 constexpr double secondsPerHour = 3600.0;
 /// An object is created, taken over and left to settle before it flies.
-constexpr double appearingSeconds = 4.0;
+constexpr double appearingSeconds = 6.0;
 
 struct Metres {
     double east = 0.0;
