@@ -32,10 +32,17 @@ bool isFolderEntry(const Parameter& parameter) {
     return holds(lfolder) || holds(afolder);
 }
 
-pugi::xml_node findEntry(const pugi::xml_document& document, std::string_view name) {
+/// The entries of that name in the order of the file. Only the first one counts.
+pugi::xpath_node_set findEntries(const pugi::xml_document& document, std::string_view name) {
     pugi::xpath_variable_set variables;
     variables.set("name", std::string(name).c_str());
-    return document.select_node("/parameters/parameter[@name=$name]", &variables).node();
+    pugi::xpath_node_set entries = document.select_nodes("/parameters/parameter[@name=$name]", &variables);
+    entries.sort();
+    return entries;
+}
+
+pugi::xml_node findEntry(const pugi::xml_document& document, std::string_view name) {
+    return findEntries(document, name).first().node();
 }
 
 bool setValue(pugi::xml_node entry, const std::string& value) {
@@ -86,19 +93,21 @@ void logValue(const Parameter& parameter) {
 
 /// Returns whether the document changed.
 bool takeFolderEntry(const pugi::xml_document& document, Parameter& parameter) {
-    const pugi::xml_node entry = findEntry(document, parameter.name());
-    const std::string_view value = entry.attribute("value").value();
-    parameter.setFromText(value);
-    if (!entry) {
-        return false;
-    }
-    if (value.empty()) {
-        removeEntry(entry);
+    parameter.setFromText({});
+    bool changed = false;
+    // A file that was edited by hand may hold a name twice: what counts now must count at the next start too.
+    for (const pugi::xpath_node& found : findEntries(document, parameter.name())) {
+        const std::string_view value = found.node().attribute("value").value();
+        if (!value.empty()) {
+            parameter.setFromText(value);
+            logValue(parameter);
+            break;
+        }
+        removeEntry(found.node());
         logLine(fmt::format("Parameter {} removed", parameter.name()));
-        return true;
+        changed = true;
     }
-    logValue(parameter);
-    return false;
+    return changed;
 }
 
 /// Returns whether the document changed.

@@ -146,11 +146,15 @@ TEST_F(ParameterFileTest, EmptyFolderEntriesDisappear) {
         <parameter name="lfolder3" value=""><deep><er/></deep></parameter>
         <parameter name="afolder0" value="D:\scenery"/>
         <parameter name="afolder9"/>
+        <parameter name="afolder1" value=""/>
+        <parameter name="afolder1" value="D:\twice"/>
         </parameters>)");
     lfolder[3].set("from before");
     readParameters();
     EXPECT_THAT(entries(), Not(HasSubstr("lfolder")));
     EXPECT_THAT(entries(), HasSubstr("afolder0=D:\\scenery "));
+    EXPECT_THAT(entries(), HasSubstr("afolder1=D:\\twice "));
+    EXPECT_EQ(afolder[1].get(), "D:\\twice");
     EXPECT_THAT(entries(), Not(HasSubstr("afolder9")));
     EXPECT_TRUE(lfolder[3].empty());
     EXPECT_THAT(log(), HasSubstr("\nParameter lfolder3 removed\n"));

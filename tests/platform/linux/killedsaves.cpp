@@ -65,14 +65,14 @@ TEST(KilledSaveTest, TheFileHoldsTheOldOrTheNewValues) {
 
     std::minstd_rand random(7);
     std::size_t leftovers = 0;
-    constexpr int kills = 200;
+    constexpr int kills = 150;
     for (int kill = 0; kill < kills; ++kill) {
         int ends[2];
         ASSERT_EQ(pipe(ends), 0);
         const pid_t child = startChild([&] { return saveForEver(ends[1]); });
         close(ends[1]);
         char byte = 0;
-        for (auto saves = random() % 3 + 1; saves > 0; --saves) {
+        for (auto saves = random() % 2 + 1; saves > 0; --saves) {
             ASSERT_EQ(read(ends[0], &byte, 1), 1);
         }
         // Some moment within the next save, which takes about this long.
