@@ -37,7 +37,7 @@ std::string oneLine(std::string_view text) {
 } // namespace
 
 std::string fittedText(platform::Painter& painter, std::string_view text, int width) {
-    const std::string line = oneLine(text);
+    std::string line = oneLine(text);
     if (line.size() == text.size() && painter.textWidth(line) <= width) {
         return line;
     }
