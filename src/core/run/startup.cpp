@@ -107,6 +107,7 @@ void enableControlsForRun() {
     blankParameter(MAX_FIT_FL);
     enableControl(control::Destination, false);
     enableControl(control::FlushStatic, false);
+    rememberedRangeNm = LATERAL_RANGE.get();
     for (const int id : {control::AllInstallPath,
                          control::ScanLiveries,
                          control::LigAutomatic,
