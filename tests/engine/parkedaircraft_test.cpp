@@ -6,6 +6,7 @@
 #include "engine/configuration.h"
 #include "engine/flown.h"
 #include "engine/groundleg.h"
+#include "engine/legs.h"
 #include "engine/parked.h"
 #include "engine/prediction.h"
 #include "engine/tables.h"
@@ -70,6 +71,23 @@ TEST_F(ParkedAircraft, ClaimedStandIsRolledOntoAndTheAircraftParksThere) {
     EXPECT_EQ(flown.ac().simState.airspeedKt, 0.0);
     EXPECT_THAT(sent(flown.ac(), simconnect::EngineAutoShutdown), ElementsAre(0U));
     EXPECT_THAT(spawnedIds, ElementsAre(flown.ac().hexid));
+}
+
+TEST_F(ParkedAircraft, ShortWayOntoTheStandStillBringsTheNoseInLine) {
+    stand.heading = 40.0 * radPerDeg;
+    LiveAc& ac = atStand(AcPhase::Parking, 5.0);
+    // The leg on which a stand is claimed, from the claim on.
+    lf_routeToStand(ac, stand);
+    lf_timeTaxiLeg(ac);
+    aimAtSecond(ac);
+    lf_setupGroundStep(ac);
+    ac.track.pop_front();
+    Flown flown(world, ac);
+    flown.flyTo(now + 600);
+    EXPECT_EQ(flown.ac().phase, AcPhase::Parked);
+    EXPECT_NEAR(flown.ac().simState.heading * degPerRad, 40.0, 0.6);
+    EXPECT_LT(flown.motion().headingDeg, 0.211) << "no faster than three times the rate of the size class";
+    EXPECT_LT(flown.motion().metres, 0.03);
 }
 
 TEST_F(ParkedAircraft, AircraftThatStandsOnItsStandAlreadyParksInPlace) {
