@@ -148,6 +148,10 @@ ParkPos& EngineWorld::addStand(std::string_view id, LatLon position, double radi
     return stands.back();
 }
 
+void EngineWorld::clearStands() {
+    parkPositions().clear();
+}
+
 LiveAc& EngineWorld::addLive(std::string_view callsign, AcState state, AcPhase phase,
                              std::deque<TrackPoint> points, std::string_view type) {
     constexpr std::uint32_t firstObjectBelow = 20000;

@@ -67,6 +67,7 @@ public:
     void closeAirport();
     /// Adds a stand to the loaded airport; its number is its place in the table.
     ParkPos& addStand(std::string_view id, LatLon position, double radiusM = 30.0);
+    void clearStands();
 
     /// Adds a live aircraft whose track begins with `points`; the table has room for 512 before records move.
     /// The identity is the next free one above 30000; in any state but `Buffered` and `Requested` it has an
