@@ -108,7 +108,7 @@ TEST_F(Link, ConnectExchangesTheVersionAndStartsTheTraffic) {
     EXPECT_FALSE(waitingForRealTraffic);
     EXPECT_TRUE(timeFollowing);
     EXPECT_EQ(messageLine().message, "");
-    EXPECT_EQ(newLog(), "RealTraffic connected\n");
+    EXPECT_EQ(newLog(), "Waiting for RealTraffic to connect to Kestrane_P3D ...\nRealTraffic connected\n");
     lf_sendSimTime(1'700'000'000);
     lf_sendUserPosition();
     EXPECT_EQ(client.command(), "Qs123=1700000000000");
