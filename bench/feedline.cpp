@@ -12,6 +12,7 @@
 #include <array>
 #include <charconv>
 #include <chrono>
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -108,6 +109,20 @@ void processLine(benchmark::State& state, std::string_view line) {
 BENCHMARK_CAPTURE(processLine, accepted, acceptedLine)->UseManualTime();
 BENCHMARK_CAPTURE(processLine, outOfRange, farLine)->UseManualTime();
 BENCHMARK_CAPTURE(processLine, justOutOfRange, cornerLine)->UseManualTime();
-BENCHMARK_CAPTURE(processLine, malformed, malformedLine)->UseManualTime();
+
+// With the log open, as in a real run: nearly all of a flood's lines are counted there instead of written.
+void processMalformed(benchmark::State& state) {
+    namespace fs = std::filesystem;
+    const fs::path before = fs::current_path();
+    const fs::path folder = fs::temp_directory_path() / "kestrane-bench-feedline";
+    fs::create_directories(folder);
+    fs::current_path(folder);
+    openLog();
+    processLine(state, malformedLine);
+    closeLog();
+    fs::current_path(before);
+    fs::remove_all(folder);
+}
+BENCHMARK(processMalformed)->UseManualTime();
 
 } // namespace

@@ -71,8 +71,8 @@ constexpr std::array<std::string_view, 5> categoriesNotShown = {"B1", "B2", "B4"
 constexpr std::array<std::string_view, 7> typesNotShown = {"GRND", "GLID", "SERV", "BALL",
                                                            "PARA", "SHIP", "EMER"};
 
-// The year 9999: a later time cannot be turned into a date.
-constexpr double lastTimestampS = 253'402'300'799.0;
+// The end of the year 9999: a later time cannot be turned into a date.
+constexpr double latestTimestampS = 253'402'300'799.0;
 
 constexpr double fieldCheckBelowFt = 14'000.0;
 constexpr double assumedHeightFt = 1'000.0; ///< added where no field elevation is known
@@ -135,6 +135,7 @@ double defaultAirspeedKt(double altitudeFt) {
 } // namespace
 
 struct TrafficReader::Target {
+    std::string_view line;
     std::string_view type;
     std::string_view origin;
     std::string_view destination;
@@ -176,32 +177,23 @@ Reason TrafficReader::readLine(std::string_view text) {
     }
     beginCutting(text);
     Target target;
-    Reason reason = readPlace(target);
-    if (reason == Reason::None) {
-        reason = readKind(target);
+    target.line = text;
+    constexpr std::array<Reason (TrafficReader::*)(Target&), 7> steps = {
+        &TrafficReader::readPlace,    &TrafficReader::readKind,   &TrafficReader::readHeading,
+        &TrafficReader::readIdentity, &TrafficReader::readHeight, &TrafficReader::readMotion,
+        &TrafficReader::readRoute};
+    for (const auto step : steps) {
+        if (const Reason reason = (this->*step)(target); reason != Reason::None) {
+            return reason;
+        }
     }
-    if (reason == Reason::None) {
-        reason = readHeading(target);
-    }
-    if (reason == Reason::None) {
-        reason = readIdentity(target);
-    }
-    if (reason == Reason::None) {
-        reason = readHeight(target, text);
-    }
-    if (reason == Reason::None) {
-        reason = readMotion(target);
-    }
-    if (reason == Reason::None) {
-        reason = readRoute(target);
-    }
-    return reason == Reason::None ? queue(target) : reason;
+    return queue(target);
 }
 
 Reason TrafficReader::readPlace(Target& target) {
     const std::string_view timestampText = field(fieldIndex::timestamp);
     const std::optional<double> timestamp = finiteNumberAtStart(timestampText);
-    if (!timestamp || std::abs(*timestamp) > lastTimestampS) {
+    if (!timestamp || std::abs(*timestamp) > latestTimestampS) {
         return malformed(badTimestamp, fmt::format("timestamp:{}", logExcerpt(timestampText)));
     }
     lastTimestamp.store(*timestamp, std::memory_order_relaxed);
@@ -311,12 +303,12 @@ double TrafficReader::heightAboveField(double altitudeFt) const {
     return std::isnan(elevationFt) ? altitudeFt + assumedHeightFt : altitudeFt - elevationFt;
 }
 
-Reason TrafficReader::readHeight(Target& target, std::string_view text) {
+Reason TrafficReader::readHeight(Target& target) {
     const std::string_view altitudeText = field(fieldIndex::altitude);
     const std::optional<double> given = finiteNumberAtStart(altitudeText);
     if (!given) {
         return malformed(badAltitude, fmt::format("altitude {} incorrect, from: {}", logExcerpt(altitudeText),
-                                                  logExcerpt(text)));
+                                                  logExcerpt(target.line)));
     }
     double altitudeFt = std::max(*given, 0.0);
     const double groundSpeedKt = target.groundSpeedKt;

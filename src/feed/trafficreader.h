@@ -74,7 +74,7 @@ private:
     Reason readKind(Target& target);
     Reason readHeading(Target& target);
     Reason readIdentity(Target& target);
-    Reason readHeight(Target& target, std::string_view text);
+    Reason readHeight(Target& target);
     Reason readMotion(Target& target);
     Reason readRoute(Target& target);
     static Reason queue(const Target& target);
