@@ -14,8 +14,7 @@ namespace kst {
 
 namespace {
 
-constexpr const char* copyrightLine =
-    "Copyright the contributors of Kestrane_P3D";
+constexpr const char* copyrightLine = "Copyright the contributors of Kestrane_P3D";
 
 std::string dateText() {
     const std::chrono::year_month_day date{std::chrono::floor<std::chrono::days>(wallNow())};
