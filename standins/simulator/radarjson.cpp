@@ -156,7 +156,7 @@ std::string trailsJson(const World& world) {
                 continue;
             next = point.atSeconds + trailSeconds / trailPoints;
             points.push_back({rounded(point.place.lat, placePerUnit), rounded(point.place.lon, placePerUnit),
-                              std::round(point.place.altFt)});
+                              std::round(point.place.altFt), point.onGround});
         }
         trails[std::to_string(id)] = std::move(points);
     }

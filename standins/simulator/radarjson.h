@@ -17,7 +17,7 @@ std::string stateJson(const World& world, const std::vector<std::string>& client
 /// height above ground, heading, airspeed, on ground].
 std::string historyJson(const World& world, std::uint32_t id);
 
-/// The last way of every object, thinned, by object id: points are [lat, lon, altitude].
+/// The last way of every object, thinned, by object id: points are [lat, lon, altitude, on ground].
 std::string trailsJson(const World& world);
 
 /// Carries out one control: {"action": "pause" | "resume" | "quit" | "drop" | "teleport" | "fly" |

@@ -21,7 +21,7 @@ let state = null;          // the last answer
 let before = new Map();    // objects of the answer before, by id
 let stateAt = 0;
 let lost = false;
-const trails = new Map();  // id to [lat, lon, alt]
+const trails = new Map();  // id to [lat, lon, alt, on ground]
 const shown = { labels: true, trails: true };
 const view = { lat: 0, lon: 0, pxPerNm: 12, placed: false, follow: true };
 let selected = null;
@@ -136,10 +136,10 @@ function drawTrail(id, object) {
   pen.lineWidth = id === selected ? 2.5 : 1.5;
   let [x, y] = toScreen(points[0][0], points[0][1]);
   for (let i = 1; i <= points.length; ++i) {
-    const point = i < points.length ? points[i] : [object.lat, object.lon, object.alt];
+    const point = i < points.length ? points[i] : [object.lat, object.lon, object.alt, object.ground];
     const [nextX, nextY] = toScreen(point[0], point[1]);
-    pen.strokeStyle = object.ground && i === points.length ? '#7a8797'
-        : altitudeColour(point[2], id === selected ? 0.9 : 0.12 + 0.5 * i / points.length);
+    const strength = id === selected ? 0.9 : 0.12 + 0.5 * i / points.length;
+    pen.strokeStyle = point[3] ? `rgba(122,135,151,${strength})` : altitudeColour(point[2], strength);
     pen.beginPath();
     pen.moveTo(x, y);
     pen.lineTo(nextX, nextY);
@@ -431,7 +431,7 @@ function take(next) {
     const points = trails.get(object.id) || [];
     const last = points[points.length - 1];
     if (!last || distanceNm({ lat: last[0], lon: last[1] }, object) > TRAIL_POINT_NM) {
-      points.push([object.lat, object.lon, object.alt]);
+      points.push([object.lat, object.lon, object.alt, object.ground]);
       if (points.length > TRAIL_POINTS) points.shift();
     }
     trails.set(object.id, points);
