@@ -52,9 +52,9 @@ LatLon standPosition(const StaticAc& ac) {
     return {ac.standLat, ac.standLon};
 }
 
-bool standsInUsersWay(const LiveAc& ac, double distanceNm, double bearing) {
+bool standsInUsersWay(double distanceNm, double bearing) {
     return userData.heightAglFt < runwayUserHeightFt && distanceNm <= runwayDistanceNm &&
-           distanceFromLineFt(distanceNm, bearing, userData.heading) <= runwayHalfWidthFt && ac.onGround;
+           distanceFromLineFt(distanceNm, bearing, userData.heading) <= runwayHalfWidthFt;
 }
 
 bool fliesAtUser(const LiveAc& ac, double distanceNm, double bearing) {
@@ -82,7 +82,7 @@ bool lf_checkAirCollision(LiveAc& ac) {
     const double distanceNm = gf_distanceNm(user, place);
     const double bearing = gf_bearing(user, place);
     const bool conflict =
-        ac.onGround ? standsInUsersWay(ac, distanceNm, bearing) : fliesAtUser(ac, distanceNm, bearing);
+        ac.onGround ? standsInUsersWay(distanceNm, bearing) : fliesAtUser(ac, distanceNm, bearing);
     if (conflict) {
         lf_removeAc(ac, Reason::ConflictWithUser);
     }
