@@ -31,7 +31,8 @@ void lf_setNavLights(std::uint32_t objectId, bool on);
 void lf_setCabinLights(std::uint32_t objectId, bool on);
 /// Sets spoilers handle and both throttle levers of the object, percent, at once.
 void lf_setControls(std::uint32_t objectId, double spoilers, double throttle1, double throttle2);
-/// Sends one client event at once, outside the frame. False when the simulator's link refuses it.
+/// Sends one client event at once, outside the frame. False when the client refuses it; a connection that is
+/// known to be gone is no refusal.
 bool lf_transmitEvent(std::uint32_t objectId, std::uint32_t event, std::uint32_t value);
 /// Asks once for the sizes of a new object; a failure is logged and counted.
 void lf_requestSizes(std::uint32_t objectId);
@@ -60,7 +61,8 @@ void lf_serveRemovalQueue();
 /// Creates from the live queue; false if it was empty. The same for the static queue.
 bool lf_serveLiveCreateQueue();
 bool lf_serveStaticCreateQueue();
-/// Sends what is left in the removal buffer at once, without a frame: a paused simulator may draw none. Exit thread.
+/// Sends what is left in the removal buffer at once, without a frame: a paused simulator may draw none. Exit
+/// thread.
 void lf_sendQueuedRemovals();
 /// Moves all waiting removals into the frame's buffer: the end of a run.
 void lf_flushRemovalQueue();
