@@ -27,12 +27,3 @@ endif()
 if(KST_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
-
-# Builds that nobody works in (the sanitizers on every change) parse the large headers once a target. The daily
-# build does without: there the compiler cache and clang-tidy matter more.
-function(kst_precompile target)
-  if(KST_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    target_precompile_headers(${target} PRIVATE <algorithm> <atomic> <chrono> <cmath> <filesystem> <functional> <map>
-                              <memory> <mutex> <string> <string_view> <vector> <fmt/format.h> ${ARGN})
-  endif()
-endfunction()

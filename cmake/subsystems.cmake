@@ -34,7 +34,6 @@ function(kst_subsystem folder)
     target_link_libraries(kst_${name} PUBLIC ${lower})
   endforeach()
   target_compile_definitions(kst_${name} PRIVATE KST_VERSION="${PROJECT_VERSION}")
-  kst_precompile(kst_${name})
   set(KST_SUBSYSTEMS ${KST_SUBSYSTEMS} kst_${name} PARENT_SCOPE)
 endfunction()
 

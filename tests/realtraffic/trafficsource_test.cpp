@@ -6,9 +6,11 @@
 #include "standins/realtraffic/trafficsource.h"
 #include "support/tempfolder.h"
 
+#include "support/places.h"
 #include <algorithm>
 #include <cmath>
 #include <fstream>
+
 #include <gtest/gtest.h>
 #include <map>
 #include <set>
@@ -18,7 +20,7 @@ namespace kst::standin {
 namespace {
 
 std::filesystem::path track(const std::string& name) {
-    return std::filesystem::path(KST_SOURCE_DIR) / "data" / "tracks" / (name + ".csv");
+    return kst::test::sourceFolder() / "data" / "tracks" / (name + ".csv");
 }
 
 class TrackFile : public testing::Test {

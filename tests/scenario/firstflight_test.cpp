@@ -4,6 +4,7 @@
 #include "engine/tables.h"
 #include "scenario/flightfacts.h"
 #include "scenario/scenarioworld.h"
+#include "support/places.h"
 
 #include <gtest/gtest.h>
 
@@ -19,8 +20,7 @@ using test::ScenarioOptions;
 using test::ScenarioWorld;
 
 std::unique_ptr<standin::TrafficSource> recorded(const std::string& name, double start) {
-    return standin::recordedTraffic(
-        {.files = {{std::string(KST_SOURCE_DIR) + "/data/tracks/" + name, start}}});
+    return standin::recordedTraffic({.files = {{test::sourceFolder() / "data/tracks" / name, start}}});
 }
 
 /// Seconds in which a new object is created, found, frozen and begins to move.

@@ -14,6 +14,7 @@
 #include "feed/readers.h"
 #include "feed/trafficreader.h"
 #include "simlink/session.h"
+#include "support/places.h"
 
 #include <gtest/gtest.h>
 
@@ -40,7 +41,7 @@ Category categoryOf(const std::string& name) {
 
 /// Every type of the project's own list, with a title each.
 void fillCatalogue() {
-    std::ifstream file(std::string(KST_SOURCE_DIR) + "/data/types.csv");
+    std::ifstream file(sourceFolder() / "data/types.csv");
     std::vector<ReferenceModel> models;
     std::string line;
     std::getline(file, line);

@@ -1,3 +1,4 @@
+#include "support/places.h"
 #include "system/systemworld.h"
 
 #include <gtest/gtest.h>
@@ -52,7 +53,7 @@ TEST(System, SecondStartEndsAtOnceAndLeavesTheFirstAlone) {
     world.startProgram();
     ASSERT_TRUE(world.logSays("Waiting for Prepar3Dv5 ..."));
     const std::string before = world.log();
-    test::ChildProcess second({std::string(KST_BIN_DIR) + "/Kestrane_P3D"}, world.environment(),
+    test::ChildProcess second({(test::buildFolder() / "Kestrane_P3D").string()}, world.environment(),
                               world.folder(), world.folder() / "second.txt");
     EXPECT_EQ(second.wait(10s), 255);
     EXPECT_EQ(world.log().substr(0, before.size()), before);

@@ -1,4 +1,5 @@
 #include "system/systemworld.h"
+#include "support/places.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -14,8 +15,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const fs::path binaries = KST_BIN_DIR;
-const fs::path source = KST_SOURCE_DIR;
+const fs::path binaries = buildFolder();
+const fs::path source = sourceFolder();
 
 void runTool(const std::vector<std::string>& words, const fs::path& folder) {
     ChildProcess tool(words, {}, folder, folder / "tool.txt");

@@ -5,6 +5,8 @@
 #include "support/tempfolder.h"
 #include "tests/browser/linux/browser.h"
 
+#include "support/places.h"
+
 #include <gtest/gtest.h>
 
 #include <asio/connect.hpp>
@@ -126,7 +128,7 @@ class Radar : public ::testing::Test {
 protected:
     void SetUp() override {
         output = folder.path() / "simulator.txt";
-        const std::vector<std::string> words{KST_BIN_DIR "/standins/simulator-standin",
+        const std::vector<std::string> words{(kst::test::buildFolder() / "standins/simulator-standin").string(),
                                              "--tcp",
                                              "0",
                                              "--user",
