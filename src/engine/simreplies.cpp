@@ -233,7 +233,6 @@ void lf_settleObject(SimCommand& command) {
 
 void lf_applyRemoved(std::uint32_t objectId) {
     if (LiveAc* ac = liveByObjectId(objectId); ac != nullptr) {
-        countHappening(Happening::Removed);
         if (ac->state == AcState::Respawning) {
             ac->state = AcState::Buffered;
             ac->throttleLevel = throttleNotSent;
@@ -251,7 +250,6 @@ void lf_applyRemoved(std::uint32_t objectId) {
     }
     const auto found = std::ranges::find(staticAcs, objectId, &StaticAc::objectId);
     if (objectId != 0 && found != staticAcs.end()) {
-        countHappening(Happening::Removed);
         if (found->state != AcState::Removing) {
             noteReason(*found, Reason::RemovedBySimulator);
         }

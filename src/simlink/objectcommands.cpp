@@ -109,6 +109,8 @@ void lf_removeObject(std::uint32_t objectId) {
     } else if (SimConnect_AIRemoveObject(simHandle, objectId, RequestRemove) != simOk) {
         requestFailed(
             fmt::format("{}!Simconnect call to remove AI ac from sim failed, id {}?", timeOfDay(), objectId));
+    } else {
+        countHappening(Happening::Removed);
     }
 }
 
