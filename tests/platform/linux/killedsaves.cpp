@@ -65,7 +65,7 @@ TEST(KilledSaveTest, TheFileHoldsTheOldOrTheNewValues) {
 
     std::minstd_rand random(7);
     std::size_t leftovers = 0;
-    constexpr int kills = 150;
+    constexpr int kills = 300;
     for (int kill = 0; kill < kills; ++kill) {
         int ends[2];
         ASSERT_EQ(pipe(ends), 0);
