@@ -15,7 +15,10 @@ target_link_libraries(kst_library_fmt INTERFACE fmt::fmt)
 target_link_libraries(kst_library_pugixml INTERFACE pugixml::pugixml)
 target_link_libraries(kst_library_json INTERFACE nlohmann_json::nlohmann_json)
 target_link_libraries(kst_library_asio INTERFACE Threads::Threads)
-target_compile_definitions(kst_library_asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED)
+# Whether this version of Asio sees aligned_alloc depends on what a file includes before it: without it everywhere,
+# every file frees as every other allocates.
+target_compile_definitions(kst_library_asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED
+                           ASIO_DISABLE_STD_ALIGNED_ALLOC)
 target_link_libraries(kst_library_curl INTERFACE CURL::libcurl)
 target_link_libraries(kst_library_zip INTERFACE PkgConfig::LIBZIP)
 

@@ -72,7 +72,8 @@ constexpr bool positionKnown(LatLon position) {
 extern std::atomic<double> workingRangeNm;
 /// The same for the aircraft request to the simulator, metres.
 extern std::atomic<double> requestRangeM;
-/// `LATERAL_RANGE` as the operator set it, kept aside while `AUTO_RANGE` is on, nautical miles. Outlives a run.
+/// `LATERAL_RANGE` as the operator set it, kept aside while `AUTO_RANGE` is on, nautical miles. Outlives a
+/// run.
 extern std::atomic<int> rememberedRangeNm;
 /// The automatic range has narrowed to the airport.
 extern std::atomic<bool> closeAirportMode;
@@ -115,7 +116,8 @@ inline bool stopAsked() {
 }
 
 /// Puts everything above back to its first value, but for `updateCount`, `exitRequested`, `exitReason`,
-/// `restartPending`, `realTrafficHere` and `rememberedRangeNm`, which outlive a run. Exit thread, worker stopped.
+/// `restartPending`, `realTrafficHere` and `rememberedRangeNm`, which outlive a run. Exit thread, worker
+/// stopped.
 void resetRunState();
 
 } // namespace kst

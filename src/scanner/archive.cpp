@@ -12,7 +12,8 @@ void lf_setStockAirportsPath() {
     const auto path = platform::pathFromUtf8(SIM_INSTALL_PATH.get()) / "Scenery";
     std::error_code error;
     if (!std::filesystem::exists(platform::caseInsensitivePath(path), error)) {
-        showMessage(fmt::format("Stock airports path does not exist: {}", platform::utf8FromPath(path)), true);
+        showMessage(fmt::format("Stock airports path does not exist: {}", platform::utf8FromPath(path)),
+                    true);
     }
 }
 

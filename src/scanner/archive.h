@@ -2,7 +2,8 @@
 
 namespace kst {
 
-/// Remembers the folder of the stock airports below the install path; shows a message when it does not exist. Worker.
+/// Remembers the folder of the stock airports below the install path; shows a message when it does not exist.
+/// Worker.
 void lf_setStockAirportsPath();
 
 /// Scans the user's add-on airports and builds their parking files. Worker.

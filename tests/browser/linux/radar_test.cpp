@@ -128,20 +128,21 @@ class Radar : public ::testing::Test {
 protected:
     void SetUp() override {
         output = folder.path() / "simulator.txt";
-        const std::vector<std::string> words{(kst::test::buildFolder() / "standins/simulator-standin").string(),
-                                             "--tcp",
-                                             "0",
-                                             "--user",
-                                             "47.458,8.548,0",
-                                             "--on-ground",
-                                             "--airport",
-                                             "47.458,8.548,1416",
-                                             "--time",
-                                             "1709287200",
-                                             "--history",
-                                             (folder.path() / "history.csv").string(),
-                                             "--history-interval",
-                                             "0.2"};
+        const std::vector<std::string> words{
+            (kst::test::buildFolder() / "standins/simulator-standin").string(),
+            "--tcp",
+            "0",
+            "--user",
+            "47.458,8.548,0",
+            "--on-ground",
+            "--airport",
+            "47.458,8.548,1416",
+            "--time",
+            "1709287200",
+            "--history",
+            (folder.path() / "history.csv").string(),
+            "--history-interval",
+            "0.2"};
         simulator = std::make_unique<ChildProcess>(words, std::map<std::string, std::string>{}, folder.path(),
                                                    output);
         clientPort = number("tcp ([0-9]+)", "tcp ");
