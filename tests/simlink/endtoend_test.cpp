@@ -236,10 +236,12 @@ private:
 
 class OverTheWire : public testing::TestWithParam<bool> {};
 
+/// Asks again at the pace of the worker, not faster: asking takes the session's lock, which the frame handler
+/// only tries for.
 template <typename Condition>
 void waitFor(Condition condition) {
     while (!condition()) {
-        std::this_thread::yield();
+        std::this_thread::sleep_for(std::chrono::milliseconds{10});
     }
 }
 
