@@ -1,5 +1,6 @@
 // The client and the session against the stand-in simulator: in memory, over TCP and over the pipe.
 
+#include "core/clock.h"
 #include "core/display.h"
 #include "model/simconnect.h"
 #include "platform/pipe.h"
@@ -12,6 +13,7 @@
 #include "standins/simulator/session.h"
 #include "standins/simulator/world.h"
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <set>
@@ -237,12 +239,21 @@ private:
 class OverTheWire : public testing::TestWithParam<bool> {};
 
 /// Asks again at the pace of the worker, not faster: asking takes the session's lock, which the frame handler
-/// only tries for.
+/// only tries for, and a scan has an answer for every aircraft, so that the simulator's backlog fills and it
+/// hangs up. False when the session that once stood is lost, since then nothing more will come.
 template <typename Condition>
-void waitFor(Condition condition) {
+bool waitFor(Condition condition) {
+    constexpr std::chrono::milliseconds pass{10};
+    bool stood = false;
     while (!condition()) {
-        std::this_thread::sleep_for(std::chrono::milliseconds{10});
+        const bool stands = simSessionStands();
+        if (stood && !stands) {
+            return false;
+        }
+        stood = stands;
+        sleepFor(pass);
     }
+    return true;
 }
 
 TEST_P(OverTheWire, AWholeSessionFromOpenToQuit) {
@@ -251,13 +262,13 @@ TEST_P(OverTheWire, AWholeSessionFromOpenToQuit) {
     setTimeSource(nullptr);
     ServedSimulator simulator(scene.folder, GetParam());
     std::jthread client([](std::stop_token token) { lf_simClient(token); });
-    waitFor([] { return simRunning.load(); });
+    ASSERT_TRUE(waitFor([] { return simRunning.load(); }));
     EXPECT_TRUE(lf_requestUserOnGround());
     UserData user;
-    waitFor([&] {
+    ASSERT_TRUE(waitFor([&] {
         lf_requestUserPosition(user);
         return userGroundStateKnown();
-    });
+    }));
     EXPECT_TRUE(userOnGround);
 
     constexpr std::uint32_t aircraft = 40;
@@ -266,7 +277,7 @@ TEST_P(OverTheWire, AWholeSessionFromOpenToQuit) {
     }
     std::vector<SimCommand> answers;
     std::set<std::uint32_t> objects;
-    waitFor([&] {
+    ASSERT_TRUE(waitFor([&] {
         lf_requestAircraftInRange(100000.0);
         takeSimCommands(answers);
         for (const SimCommand& command : answers) {
@@ -275,7 +286,7 @@ TEST_P(OverTheWire, AWholeSessionFromOpenToQuit) {
             }
         }
         return objects.size() == aircraft;
-    });
+    }));
     for (const std::uint32_t object : objects) {
         gf_updateAircraft({{47.6, 8.7, 0.0, 0.0, 1.0, 7000.0, 0.0, 250.0}, object});
     }
@@ -283,7 +294,7 @@ TEST_P(OverTheWire, AWholeSessionFromOpenToQuit) {
     for (const std::uint32_t object : objects) {
         lf_queueRemoval(object);
     }
-    waitFor([&] {
+    ASSERT_TRUE(waitFor([&] {
         takeSimCommands(answers);
         for (const SimCommand& command : answers) {
             if (command.kind == SimCommand::Kind::Removed) {
@@ -291,7 +302,7 @@ TEST_P(OverTheWire, AWholeSessionFromOpenToQuit) {
             }
         }
         return objects.empty();
-    });
+    }));
     simulator.quit();
     client.join();
     EXPECT_EQ(exitReason, ExitReason::SimClosed);
@@ -305,7 +316,7 @@ TEST_P(OverTheWire, AConnectionThatBreaksEndsTheRun) {
     setTimeSource(nullptr);
     ServedSimulator simulator(scene.folder, GetParam());
     std::jthread client([](std::stop_token token) { lf_simClient(token); });
-    waitFor([] { return simRunning.load(); });
+    ASSERT_TRUE(waitFor([] { return simRunning.load(); }));
     simulator.onItsThread([](World& world) { world.dropConnections(); });
     client.join();
     EXPECT_EQ(exitReason, ExitReason::SimClosed);
