@@ -233,9 +233,7 @@ bool lf_clearForStand(StandClaim& claim, LiveAc& ac) {
         claim.mayStay = false;
     } else if (holderIsGhost && (stem(ac.callsign) == newcomer || !newcomerIsGhost)) {
         giveWay(ac, fmt::format("{:8}: {:8} ghost, replace by {}", stand, ac.callsign, newcomer));
-    } else if (!holderIsGhost && newcomerIsGhost) {
-        claim.mayStay = false;
-    } else if (ac.feedWhileParked) {
+    } else if ((!holderIsGhost && newcomerIsGhost) || ac.feedWhileParked) {
         claim.mayStay = false;
     } else {
         giveWay(ac, fmt::format("{:8}: {:8} removed because another live {} wants the stand ...", stand,

@@ -12,6 +12,7 @@ struct ProgramVersion {
     int minor = 0;
     int patch = 0;
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): the check takes the comparison's own zero for a pointer
     friend auto operator<=>(const ProgramVersion&, const ProgramVersion&) = default;
     bool known() const { return major != 0 || minor != 0 || patch != 0; }
     std::string text() const;

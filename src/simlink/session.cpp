@@ -78,7 +78,7 @@ void dropSession() {
 
 } // namespace
 
-void lf_simClient(std::stop_token stopToken) {
+void lf_simClient(const std::stop_token& stopToken) {
     try {
         openAndRun(stopToken);
     } catch (const UserErrorException& error) {

@@ -14,7 +14,7 @@ namespace kst {
 
 /// Body of the simulator dispatch thread: opens the session, declares everything, pumps messages until asked
 /// to stop.
-void lf_simClient(std::stop_token stopToken);
+void lf_simClient(const std::stop_token& stopToken);
 
 /// One round of the pump: dispatches every message that has arrived. When the simulator has quit or the
 /// connection is lost, ends the session (`simRunning` cleared, `lf_closeSimSession`) and returns false; false
