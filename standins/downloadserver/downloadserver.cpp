@@ -88,7 +88,7 @@ struct DownloadServer::State {
             sendFailing(response, std::move(*content));
             return;
         }
-        response.set_content(std::move(*content), "application/octet-stream");
+        response.set_content(*content, "application/octet-stream");
     }
 
     void sendFailing(httplib::Response& response, std::string content) {
