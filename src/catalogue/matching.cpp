@@ -4,7 +4,6 @@
 #include "core/display.h"
 #include "core/exceptions.h"
 #include "core/log.h"
-#include "core/parameters.h"
 
 #include <algorithm>
 #include <deque>

@@ -142,7 +142,7 @@ TEST(Scenario, SameSeedGivesTheSameFlightToTheLastBit) {
     EXPECT_EQ(first, fly(7));
 }
 
-TEST(Scenario, RefusedCreationLeavesNoRecordAndTheTitleIsNotUsedAgain) {
+TEST(Scenario, RefusedCreationLeavesNoRecordAndTheOthersFly) {
     ScenarioWorld world({.user = {47.0, 8.0}, .userAltFt = 30000.0});
     world.simulator().refuseNextCreations(1);
     world.feed(recorded("enroute_switzerland_2018.csv", 0.0));
