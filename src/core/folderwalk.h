@@ -1,0 +1,28 @@
+#pragma once
+
+// The walk through a folder and all that lies below it, as the scans need it: always in the same order,
+// through links but never in a circle, past what cannot be read, and at its end at once when an exit is asked
+// for.
+
+#include <filesystem>
+#include <functional>
+#include <system_error>
+
+namespace kst {
+
+/// What a walk tells its caller, on the thread that walks. Each may throw, which ends the walk.
+struct FolderWalk {
+    /// Asked before each folder below the first; false leaves it out with all that is in it. Unset enters
+    /// all.
+    std::function<bool(const std::filesystem::path& folder)> enter;
+    /// Each regular file, links to files included.
+    std::function<void(const std::filesystem::path& file)> file;
+    /// A folder whose entries cannot be listed, or not all of them. Unset passes over it in silence.
+    std::function<void(const std::filesystem::path& folder, const std::error_code& error)> unreadable;
+};
+
+/// Walks the folder: the entries of each folder in ascending order of their names, a folder's content in its
+/// place among them. A folder that several links lead to is entered once. Ends early once `stopAsked()`.
+void walkFolder(const std::filesystem::path& folder, const FolderWalk& walk);
+
+} // namespace kst
