@@ -111,6 +111,14 @@ std::string gf_regcodeOperator(std::string_view regcode) {
     return record ? record->operatorCode : std::string();
 }
 
+std::string gf_regcodeInTitle(std::string_view title) {
+    const auto& regcodes = referenceTables().shortPrivateRegcodes;
+    const auto found = std::ranges::find_if(regcodes, [title](const std::string& regcode) {
+        return title.find(regcode) != std::string_view::npos;
+    });
+    return found != regcodes.end() ? *found : std::string();
+}
+
 void setReferenceForTest(const std::vector<ReferenceModel>& models) {
     ReferenceTables& tables = referenceTables();
     tables = {};

@@ -33,6 +33,9 @@ std::optional<RegcodeRec> gf_regcodeRecord(std::string_view regcode);
 std::string gf_regcodeAirline(std::string_view regcode);
 std::string gf_regcodeModel(std::string_view regcode);
 std::string gf_regcodeOperator(std::string_view regcode);
+/// The first registration of a private aircraft, of less than 5 characters, that stands in the title; empty
+/// when none does. Any thread.
+std::string gf_regcodeInTitle(std::string_view title);
 
 /// Puts tables in place of the document, for tests.
 struct ReferenceModel {

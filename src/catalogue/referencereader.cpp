@@ -6,6 +6,7 @@
 #include "core/files.h"
 #include "core/log.h"
 #include "install/download.h"
+#include "model/liverydata.h"
 #include "model/units.h"
 #include "platform/paths.h"
 
@@ -17,6 +18,9 @@
 namespace kst {
 
 namespace {
+
+/// Registrations from this length on are not looked for in titles.
+constexpr std::size_t tooLongForTitles = 5;
 
 using Decode = std::string (*)(std::string_view);
 
@@ -128,8 +132,12 @@ void readRegistrations(const pugi::xml_document& document, ReferenceTables& tabl
                           .model = gf_decodeModel(node.attribute("type").value()),
                           .operatorCode = gf_decodeAirline(node.attribute("opr").value()),
                           .cargo = textMeansTrue(node.attribute("cargo").value())};
+        const bool inTitles =
+            record.airline == privateAirline && !regcode.empty() && regcode.size() < tooLongForTitles;
         if (!tables.regcodeTable.emplace(regcode, std::move(record)).second) {
             logLine(fmt::format("regcode {} already exists", regcode));
+        } else if (inTitles) {
+            tables.shortPrivateRegcodes.push_back(regcode);
         }
     }
 }
@@ -140,20 +148,20 @@ bool textMeansTrue(std::string_view text) {
     return !text.empty() && std::string_view("1tTyY").find(text.front()) != std::string_view::npos;
 }
 
-std::vector<std::string_view> splitCommaList(std::string_view text) {
+std::vector<std::string_view> splitTrimmed(std::string_view text, char divider) {
     constexpr std::string_view blanks = " \t\r\n";
     std::vector<std::string_view> items;
     while (true) {
-        const std::size_t comma = text.find(',');
-        std::string_view item = text.substr(0, comma);
+        const std::size_t end = text.find(divider);
+        std::string_view item = text.substr(0, end);
         const std::size_t begin = std::min(item.find_first_not_of(blanks), item.size());
         item.remove_prefix(begin);
         item = item.substr(0, item.find_last_not_of(blanks) + 1);
         items.push_back(item);
-        if (comma == std::string_view::npos) {
+        if (end == std::string_view::npos) {
             return items;
         }
-        text.remove_prefix(comma + 1);
+        text.remove_prefix(end + 1);
     }
 }
 

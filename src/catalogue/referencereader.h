@@ -18,7 +18,11 @@ void readReferenceDocument(const pugi::xml_document& document, std::string_view 
 /// Whether a boolean attribute's text means true: it begins with 1, t, T, y or Y.
 bool textMeansTrue(std::string_view text);
 
-/// Cuts a comma list and trims each item of blanks, tabs and line ends.
-std::vector<std::string_view> splitCommaList(std::string_view text);
+/// Cuts a list at the divider and trims each item of blanks, tabs and line ends. An empty text gives one
+/// empty item.
+std::vector<std::string_view> splitTrimmed(std::string_view text, char divider);
+inline std::vector<std::string_view> splitCommaList(std::string_view text) {
+    return splitTrimmed(text, ',');
+}
 
 } // namespace kst

@@ -36,6 +36,8 @@ struct ReferenceTables {
     TextSet simaddonAirports;
     std::vector<std::pair<std::string, std::vector<std::string>>> thirdPartyAirports;
     std::unordered_map<std::string, RegcodeRec, TextHash, std::equal_to<>> regcodeTable;
+    /// Registrations of private aircraft that are short enough to be looked for in titles, in document order.
+    std::vector<std::string> shortPrivateRegcodes;
 };
 
 /// The one set of tables. Written before anything looks up, read-only afterwards.

@@ -7,7 +7,6 @@
 #include "platform/paths.h"
 
 #include <algorithm>
-#include <tuple>
 
 #include <fmt/format.h>
 
@@ -17,9 +16,10 @@ std::vector<LiveryData> scannedLiveries;
 TitleSet dontUseTitles;
 
 void lf_sortLiveries(std::vector<LiveryData>& liveries) {
-    std::stable_sort(liveries.begin(), liveries.end(), [](const LiveryData& a, const LiveryData& b) {
-        return std::tie(a.airline, a.model, a.title) < std::tie(b.airline, b.model, b.title);
-    });
+    // A store that the program wrote is in order already.
+    if (!std::is_sorted(liveries.begin(), liveries.end())) {
+        std::stable_sort(liveries.begin(), liveries.end());
+    }
 }
 
 bool lf_saveLiveries() {

@@ -15,13 +15,12 @@ namespace {
 constexpr char firstCode = '-';
 constexpr char lastCode = 'Z';
 constexpr int codeCount = lastCode - firstCode + 1;
-constexpr std::size_t longestRegcode = 24;
 constexpr std::size_t airlineLength = 3;
 constexpr std::size_t scrambledAirlineLength = 6;
 
 /// Shifts of the places of a registration.
-constexpr std::array<int, longestRegcode> K = {7,  19, 3,  31, 12, 27, 5, 38, 16, 22, 9, 41,
-                                               14, 2,  33, 25, 11, 36, 6, 29, 18, 40, 8, 21};
+constexpr std::array<int, longestScrambledRegcode> K = {7,  19, 3,  31, 12, 27, 5, 38, 16, 22, 9, 41,
+                                                        14, 2,  33, 25, 11, 36, 6, 29, 18, 40, 8, 21};
 
 /// For each output place of a model code the input place and the shift.
 struct Place {
@@ -75,7 +74,7 @@ void scrambleInto(std::string_view code, const Places& places, std::string& resu
 } // namespace
 
 std::string gf_decodeRegcode(std::string_view text) {
-    if (text.size() > longestRegcode) {
+    if (text.size() > longestScrambledRegcode) {
         throw std::runtime_error(fmt::format("regcode of {} characters", text.size()));
     }
     std::string result(text);
@@ -88,10 +87,10 @@ std::string gf_decodeRegcode(std::string_view text) {
 }
 
 std::string gf_encodeRegcode(std::string_view text) {
-    if (text.size() == 1 || text.size() > longestRegcode) {
+    if (text.size() == 1 || text.size() > longestScrambledRegcode) {
         logLine(fmt::format("regcode of {} characters to encrypt", text.size()));
     }
-    if (text.size() > longestRegcode) {
+    if (text.size() > longestScrambledRegcode) {
         throw std::runtime_error("regcode encrypt error");
     }
     std::string result(text);

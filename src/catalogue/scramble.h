@@ -8,6 +8,8 @@
 
 namespace kst {
 
+inline constexpr std::size_t longestScrambledRegcode = 24;
+
 /// A registration of at most 24 characters; '+' stays as it is. Empty text gives empty text. Longer text
 /// throws std::runtime_error.
 std::string gf_decodeRegcode(std::string_view text);
