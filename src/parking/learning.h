@@ -1,9 +1,11 @@
 #pragma once
 
-// Learned airport files: what was observed here, laid over the airport's own file. Worker only.
+// What this system learned at the loaded airport: the learned file that lies over the airport's own one, how
+// much waits to be saved, and whether soft observations may be added. Worker only.
 
 #include "model/airportfile.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <string_view>
 
@@ -18,11 +20,29 @@ std::filesystem::path lf_learnedApfPath(std::string_view location, std::string_v
 /// UserErrorException at an id that stands twice in a handmade file.
 void lf_readLearned(const std::filesystem::path& path, AirportFile& airport);
 
-/// How much is known about the stands of the loaded airport.
+/// How much is known about the stands of the loaded airport; both -1 when there is no observation at all.
 QualityFactors gf_qualityFactor();
 
-/// Writes the learned file of the loaded airport and tells the user.
+/// Writes the learned file of the loaded airport, tells the user, and forgets what waited to be saved. A failed
+/// save leaves the old file as it was.
 void lf_saveLearned();
+/// Saves when an airport is loaded and a stand or one of its settings has changed: when the airport is closed,
+/// and at each renewal, so that a crash loses little of what was learned. What could not be saved stays
+/// waiting.
+void lf_saveLearnedChanges();
+
+/// A stand of the loaded airport changed: raises the update counter and shows it.
+void noteStandChange();
+/// The number of changes to stands since the last save.
+std::uint32_t standChanges();
+/// Nothing waits to be saved any more: the airport is closed.
+void clearStandChanges();
+
+/// Applies the rule for `LEARN_SOFT` to the airport that was just loaded: where much is known already, guesses
+/// would only spoil it, and it is switched off and its box disabled.
+void lf_applyLearnSoftRule();
+/// Soft learning is barred at the loaded airport.
+bool softLearningBarred();
 
 /// Whether the airport's stock file shows that its add-on's stands can be learned off line. Asks the server.
 bool gf_stockIsSuitable(std::string_view icao);
