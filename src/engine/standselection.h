@@ -17,8 +17,8 @@ namespace kst {
 /// `useOptions` a stand up to 85 m away where this flight, or its operator with its type, was seen counts if
 /// there is none within that radius. A stand that proves too small for the aircraft on it grows.
 ParkPos* lf_searchStandNearby(LatLon position, const LiveAc& ac, double maxDistanceNm, bool useOptions);
-/// The id of the stand nearest to this position of the user, within 55 m; empty for none. Valid until the next
-/// call.
+/// The id of the stand nearest to this position of the user, within 55 m; empty for none. Valid until the
+/// next call.
 const std::string& lf_userStand(LatLon position);
 /// The stand on which an aircraft that vanished near the airport most likely stood, nullptr for none. With
 /// `mayLookAhead` a small airport that is full now is searched for the next half hour.
@@ -33,7 +33,8 @@ void lf_learnSoft(LiveAc& ac, bool force);
 bool lf_addRealParkPosOption(std::uint32_t sid, const LiveAc& ac, bool extend, DayHH dayhh, bool leaving);
 /// The same for an aircraft that is guessed to have been there; it needs no registration.
 bool lf_addSoftParkPosOption(std::uint32_t sid, const LiveAc& ac, bool extend, DayHH dayhh);
-/// Whether the aircraft may be learned from again: not within three half hours, unless forced. Notes it if so.
+/// Whether the aircraft may be learned from again: not within three half hours, unless forced. Notes it if
+/// so.
 bool lf_mayLearn(DayHH dayhh, std::uint32_t hexid, bool force);
 /// Notes that the aircraft was learned from in this half hour.
 void lf_noteLearner(std::uint32_t hexid, DayHH dayhh);
