@@ -68,47 +68,62 @@ double maxHalfWingSpan() {
     return referenceTables().maxHalfWingSpan;
 }
 
-std::vector<std::string> gf_regcodeVariants(std::string_view regcode) {
+RegcodeVariants gf_regcodeVariants(std::string_view regcode) {
     constexpr std::size_t shortestSplit = 5;
-    std::vector<std::string> variants;
+    RegcodeVariants variants;
+    if (regcode.size() >= RegcodeText::capacity) {
+        return variants;
+    }
     const bool splits = regcode.size() >= shortestSplit && regcode.front() != 'N' &&
                         regcode.find('-') == std::string_view::npos;
     if (splits) {
         for (const std::size_t prefix : {2U, 1U}) {
-            variants.push_back(std::string(regcode.substr(0, prefix)) + "-" +
-                               std::string(regcode.substr(prefix)));
+            std::array<char, RegcodeText::capacity> text{};
+            const auto rest = std::ranges::copy(regcode.substr(0, prefix), text.begin()).out;
+            *rest = '-';
+            std::ranges::copy(regcode.substr(prefix), rest + 1);
+            variants.add(std::string_view(text.data(), regcode.size() + 1));
         }
     }
-    variants.emplace_back(regcode);
+    variants.add(regcode);
     return variants;
 }
 
-std::optional<RegcodeRec> gf_regcodeRecord(std::string_view regcode) {
+const Registration* findRegistration(std::string_view regcode) {
     if (regcode.empty()) {
-        return std::nullopt;
+        return nullptr;
     }
     const auto& table = referenceTables().regcodeTable;
-    for (const std::string& variant : gf_regcodeVariants(regcode)) {
-        if (const auto found = table.find(variant); found != table.end()) {
-            return found->second;
+    for (const RegcodeText& variant : gf_regcodeVariants(regcode)) {
+        if (const auto found = table.find(variant.view()); found != table.end()) {
+            return &found->second;
         }
     }
-    return std::nullopt;
+    return nullptr;
+}
+
+std::optional<RegcodeRec> gf_regcodeRecord(std::string_view regcode) {
+    const Registration* const known = findRegistration(regcode);
+    if (known == nullptr) {
+        return std::nullopt;
+    }
+    return RegcodeRec{std::string(known->airline), std::string(known->model),
+                      std::string(known->operatorCode), known->cargo};
 }
 
 std::string gf_regcodeAirline(std::string_view regcode) {
-    const auto record = gf_regcodeRecord(regcode);
-    return record ? record->airline : std::string();
+    const Registration* const known = findRegistration(regcode);
+    return known != nullptr ? std::string(known->airline) : std::string();
 }
 
 std::string gf_regcodeModel(std::string_view regcode) {
-    const auto record = gf_regcodeRecord(regcode);
-    return record ? record->model : std::string();
+    const Registration* const known = findRegistration(regcode);
+    return known != nullptr ? std::string(known->model) : std::string();
 }
 
 std::string gf_regcodeOperator(std::string_view regcode) {
-    const auto record = gf_regcodeRecord(regcode);
-    return record ? record->operatorCode : std::string();
+    const Registration* const known = findRegistration(regcode);
+    return known != nullptr ? std::string(known->operatorCode) : std::string();
 }
 
 std::string gf_regcodeInTitle(std::string_view title) {

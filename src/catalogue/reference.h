@@ -3,9 +3,11 @@
 // What exists in the real aviation world: models, size classes, wing spans, airlines, registrations. Filled
 // once by `gf_readDbase` before anything looks up; read-only and lock-free after that.
 
+#include "core/shorttext.h"
 #include "model/category.h"
 #include "model/regcoderec.h"
 
+#include <array>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,8 +29,22 @@ double gf_halfWingSpan(std::string_view model);
 /// The largest half wing span known, nautical miles.
 double maxHalfWingSpan();
 
-/// The spellings of a registration that a lookup tries, in order.
-std::vector<std::string> gf_regcodeVariants(std::string_view regcode);
+/// A registration of the longest kind, with one hyphen more.
+using RegcodeText = ShortText<25>;
+/// A few spellings of a registration, in place.
+class RegcodeVariants {
+public:
+    void add(const RegcodeText& text) { texts_[size_++] = text; }
+    const RegcodeText* begin() const { return texts_.data(); }
+    const RegcodeText* end() const { return texts_.data() + size_; }
+    std::size_t size() const { return size_; }
+
+private:
+    std::array<RegcodeText, 3> texts_;
+    std::size_t size_ = 0;
+};
+/// The spellings of a registration that a lookup tries, in order. None of a text that is too long to be one.
+RegcodeVariants gf_regcodeVariants(std::string_view regcode);
 std::optional<RegcodeRec> gf_regcodeRecord(std::string_view regcode);
 std::string gf_regcodeAirline(std::string_view regcode);
 std::string gf_regcodeModel(std::string_view regcode);

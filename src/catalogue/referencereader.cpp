@@ -22,6 +22,8 @@ namespace {
 /// Registrations from this length on are not looked for in titles.
 constexpr std::size_t tooLongForTitles = 5;
 
+constexpr std::size_t longestModel = 4;
+
 using Decode = std::string (*)(std::string_view);
 
 std::string plain(std::string_view text) {
@@ -125,20 +127,29 @@ void readThirdParties(const pugi::xml_document& document, ReferenceTables& table
     }
 }
 
+void addRegistration(const pugi::xml_node& node, ReferenceTables& tables) {
+    const std::string_view scrambled = node.attribute("reg").value();
+    const std::string_view type = node.attribute("type").value();
+    if (scrambled.size() > longestScrambledRegcode || type.size() == 1 || type.size() > longestModel) {
+        logLine(
+            fmt::format("registration \"{}\" of model \"{}\" has a wrong length, skipped", scrambled, type));
+        return;
+    }
+    const std::string regcode = gf_decodeRegcode(scrambled);
+    const Registration record{.airline = gf_decodeAirline(node.attribute("airl").value()),
+                              .model = gf_decodeModel(type),
+                              .operatorCode = gf_decodeAirline(node.attribute("opr").value()),
+                              .cargo = textMeansTrue(node.attribute("cargo").value())};
+    if (!tables.regcodeTable.try_emplace(std::string_view(regcode), record).second) {
+        logLine(fmt::format("regcode {} already exists", regcode));
+    } else if (record.airline == privateAirline && !regcode.empty() && regcode.size() < tooLongForTitles) {
+        tables.shortPrivateRegcodes.push_back(regcode);
+    }
+}
+
 void readRegistrations(const pugi::xml_document& document, ReferenceTables& tables) {
     for (const pugi::xml_node node : document.child("dbase").children("db")) {
-        const std::string regcode = gf_decodeRegcode(node.attribute("reg").value());
-        RegcodeRec record{.airline = gf_decodeAirline(node.attribute("airl").value()),
-                          .model = gf_decodeModel(node.attribute("type").value()),
-                          .operatorCode = gf_decodeAirline(node.attribute("opr").value()),
-                          .cargo = textMeansTrue(node.attribute("cargo").value())};
-        const bool inTitles =
-            record.airline == privateAirline && !regcode.empty() && regcode.size() < tooLongForTitles;
-        if (!tables.regcodeTable.emplace(regcode, std::move(record)).second) {
-            logLine(fmt::format("regcode {} already exists", regcode));
-        } else if (inTitles) {
-            tables.shortPrivateRegcodes.push_back(regcode);
-        }
+        addRegistration(node, tables);
     }
 }
 

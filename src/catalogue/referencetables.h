@@ -2,8 +2,8 @@
 
 // The tables of the reference database, shared by the reader that fills them and the look-ups.
 
+#include "core/shorttext.h"
 #include "model/category.h"
-#include "model/regcoderec.h"
 
 #include <array>
 #include <map>
@@ -23,6 +23,14 @@ struct TextHash {
 
 using TextSet = std::set<std::string, std::less<>>;
 
+/// A RegcodeRec in little space: there are hundreds of thousands.
+struct Registration {
+    ShortText<3> airline;
+    ShortText<4> model;
+    ShortText<3> operatorCode;
+    bool cargo = false;
+};
+
 struct ReferenceTables {
     TextSet validModels;
     TextSet heavyModels, largeModels, buzjetModels, highPerfModels, rotorcraftModels;
@@ -35,13 +43,16 @@ struct ReferenceTables {
     std::unordered_map<std::string, std::string> modelFixes;
     TextSet simaddonAirports;
     std::vector<std::pair<std::string, std::vector<std::string>>> thirdPartyAirports;
-    std::unordered_map<std::string, RegcodeRec, TextHash, std::equal_to<>> regcodeTable;
+    std::unordered_map<ShortText<24>, Registration, TextHash, std::equal_to<>> regcodeTable;
     /// Registrations of private aircraft that are short enough to be looked for in titles, in document order.
     std::vector<std::string> shortPrivateRegcodes;
 };
 
 /// The one set of tables. Written before anything looks up, read-only afterwards.
 ReferenceTables& referenceTables();
+
+/// The first record that one of the registration's spellings finds; null when there is none.
+const Registration* findRegistration(std::string_view regcode);
 
 /// Works out `categoryHalfSpan` from `wingSpans`. A class without any span takes the mean of all.
 void computeCategorySpans(ReferenceTables& tables);

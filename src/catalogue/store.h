@@ -10,8 +10,10 @@ std::filesystem::path liveriesStorePath();
 /// Scans the liveries if `SCAN_LIVERIES` asks for it. Throws UserErrorException when the scan finds nothing.
 /// Worker.
 void gf_scanLiveries();
-/// Reads the store and builds the tables of the matcher, once per process. Throws UserErrorException 51, 52,
-/// 533.
+/// Reads the store into `scannedLiveries`, in order. Throws UserErrorException 51, 52, 533. Worker.
+void lf_readLiveries();
+/// Reads the store and builds the tables of the matcher, once per process: a later run finds them
+/// ready. Throws UserErrorException 51, 52, 533. Worker.
 void gf_processScannedLiveries();
 /// Has the tables forgotten before `gf_processScannedLiveries` runs next: a scan was asked for. Any thread;
 /// the worker may still be reading them.

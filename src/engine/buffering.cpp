@@ -103,7 +103,7 @@ void takeAirframe(LiveAc& ac) {
     if (ac.regcode.empty()) {
         return;
     }
-    for (const std::string& spelling : gf_regcodeVariants(ac.regcode)) {
+    for (const RegcodeText& spelling : gf_regcodeVariants(ac.regcode)) {
         const auto known = gf_regcodeRecord(spelling);
         if (!known) {
             continue;

@@ -383,6 +383,7 @@ TEST_F(Buffering, TitleOfATargetOutlivesItsRecord) {
 }
 
 TEST_F(Buffering, RefusedTitleIsReplaced) {
+    RANDOM.set(false);
     addLiveryTitle("ZZZ", "A320", "A320 broken");
     AcBase broken;
     broken.liveryTitle = "A320 broken";
