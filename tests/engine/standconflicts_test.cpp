@@ -5,12 +5,14 @@
 #include "core/parameters.h"
 #include "core/reasoncounts.h"
 #include "core/runstate.h"
+#include "engine/groundleg.h"
 #include "engine/standconflicts.h"
 #include "engine/tables.h"
 #include "parking/stands.h"
 #include "simlink/objectcommands.h"
 #include "support/engineworld.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace kst::test {
@@ -186,6 +188,86 @@ TEST_F(StandConflicts, StaticNeighboursThatWouldTouchGo) {
     EXPECT_EQ(touching.reason, Reason::ConflictWithLive);
     EXPECT_EQ(clear.state, AcState::Live);
     EXPECT_EQ(notNeighbour.state, AcState::Live);
+}
+
+struct ClaimCase {
+    const char* name;
+    std::function<void(LiveAc&)> claimer;
+    std::function<void(LiveAc&)>
+        live;     ///< an aircraft parked on the stand, or on the neighbour it moves it to
+    double stopM; ///< how far from the stand the track ends
+    bool staticThere, userThere;
+    bool claims, liveGoes, staticGoes;
+};
+
+// An A320 that has stopped, at 39 m from a neighbour that it would touch. The live aircraft starts on the
+// stand.
+TEST_F(StandConflicts, TaxiingAircraftClaimsAStand) {
+    const auto nothing = [](LiveAc&) {};
+    const auto gone = [](LiveAc& other) { other.sid = 0; };
+    const auto onNeighbour = [](LiveAc& other) { other.sid = 2; };
+    const auto ghost = [](LiveAc& other) { other.callsign = "SWR9_"; };
+    const ClaimCase cases[] = {
+        {"free", nothing, gone, 19, false, false, true, false, false},
+        {"too far for one that has stopped", nothing, gone, 21, false, false, false, false, false},
+        {"lost after landing, looks farther", [](LiveAc& ac) { ac.reckonLeft = 5, ac.landed = true; }, gone,
+         54, false, false, true, false, false},
+        {"lost without having landed", [](LiveAc& ac) { ac.reckonLeft = 5; }, gone, 21, false, false, false,
+         false, false},
+        {"fast", [](LiveAc& ac) { ac.track[1].gsKt = 6; }, gone, 19, false, false, false, false, false},
+        {"has just left a stand", [](LiveAc& ac) { ac.prevPhase = AcPhase::AfterPush; }, gone, 19, false,
+         false, false, false, false},
+        {"is towed", [](LiveAc& ac) { ac.prevPhase = AcPhase::AfterPush, ac.towed = true; }, gone, 19, false,
+         false, true, false, false},
+        {"searched here before",
+         [](LiveAc& ac) { ac.searchedLat = ac.track[1].lat, ac.searchedLon = ac.track[1].lon; }, gone, 19,
+         false, false, false, false, false},
+        {"taken", nothing, [](LiveAc&) { parkPositions()[0].liveParked = true; }, 19, true, false, false,
+         false, false},
+        {"somebody is parked there whose feed went elsewhere", nothing, nothing, 19, false, false, true, true,
+         false},
+        {"the same, sending", nothing, [](LiveAc& other) { other.feedWhileParked = true; }, 19, false, false,
+         true, true, false},
+        {"a ghost is parked there", nothing, ghost, 19, false, false, true, true, false},
+        {"a ghost claims", [](LiveAc& ac) { ac.callsign = "SWR1_"; }, nothing, 19, false, false, true, true,
+         false},
+        {"being pushed off it", nothing, [](LiveAc& other) { other.phase = AcPhase::PushBack; }, 19, false,
+         false, true, false, false},
+        {"parked so near that they touch", nothing, onNeighbour, 19, false, false, true, true, false},
+        {"pushed so near that they touch", nothing,
+         [](LiveAc& other) { other.sid = 2, other.phase = AcPhase::PushBack; }, 19, false, false, true, true,
+         false},
+        {"near, but without a place", nothing,
+         [](LiveAc& other) { other.sid = 2, parkPositions()[1].latitude = parkPositions()[1].longitude = 0; },
+         19, false, false, true, false, false},
+        {"static aircraft", nothing, gone, 19, true, false, true, false, true},
+        {"the user's", nothing, nothing, 19, true, true, false, false, false},
+    };
+    for (const ClaimCase& entry : cases) {
+        SCOPED_TRACE(entry.name);
+        world.clearStands();
+        resetEngine(false);
+        ParkPos& stand = world.addStand("A1", airportPlace);
+        ParkPos& neighbour = world.addStand("A2", offset(airportPlace, 90.0, touchingM));
+        stand.neighbours = {neighbour.sid};
+        world.placeUser(entry.userThere ? offset(airportPlace, 270.0, 5.0) : LatLon{47.0, 8.0}, true);
+        entry.live(addParked("SWR9", stand));
+        if (entry.staticThere) {
+            world.addStatic("DLH1*", AcState::Live, stand);
+        }
+        const LatLon stop = offset(airportPlace, 180.0, entry.stopM);
+        LiveAc& ac = world.addLive("SWR1", AcState::Live, AcPhase::Taxi,
+                                   {groundPoint(stop, 4.0, 10000), groundPoint(stop, 0.0, 10500)});
+        ac.track.back().stationary = true;
+        entry.claimer(ac);
+        nextPosGround(ac);
+        EXPECT_EQ(ac.phase, entry.claims ? AcPhase::Parking : AcPhase::Taxi);
+        EXPECT_EQ(ac.sid, entry.claims ? stand.sid : 0);
+        EXPECT_EQ(liveAcs.front().state, entry.liveGoes ? AcState::Removing : AcState::Live);
+        if (entry.staticThere) {
+            EXPECT_EQ(staticAcs.front().state, entry.staticGoes ? AcState::Removing : AcState::Live);
+        }
+    }
 }
 
 struct LimitCase {
