@@ -30,12 +30,29 @@ struct UserStand {
 };
 UserStand userStand;
 
-/// Whether a stand can lie within `rangeNm`, by its latitude alone: that spares nearly all of them the
-/// trigonometry. A degree of latitude is rounded down, so that no stand within range is lost.
-bool mayBeWithin(double rangeNm, LatLon position, const ParkPos& stand) {
-    constexpr double nmPerDegree = 59.999;
-    return std::abs(stand.latitude - position.lat) * nmPerDegree <= rangeNm;
-}
+/// The degrees within which a stand can lie at all: that spares nearly all of them the trigonometry. Drawn a
+/// little wide, so that no stand within range is lost.
+class Reach {
+public:
+    Reach(LatLon centre, double rangeNm) : centre_(centre), latDeg_(rangeNm / leastNmPerDegree) {
+        constexpr double nearPole = 0.01;
+        const double narrowing = std::cos(centre.lat * radPerDeg);
+        lonDeg_ = narrowing > nearPole ? latDeg_ / narrowing : fullCircleDeg;
+    }
+
+    bool contains(const ParkPos& stand) const {
+        const double lonDeg = std::abs(stand.longitude - centre_.lon);
+        return std::abs(stand.latitude - centre_.lat) <= latDeg_ &&
+               std::min(lonDeg, fullCircleDeg - lonDeg) <= lonDeg_;
+    }
+
+private:
+    static constexpr double leastNmPerDegree = 59.0;
+    static constexpr double fullCircleDeg = 360.0;
+    LatLon centre_;
+    double latDeg_;
+    double lonDeg_;
+};
 
 struct NearestStand {
     ParkPos* stand = nullptr;
@@ -66,9 +83,9 @@ ParkPos* lf_searchStandNearby(LatLon position, const LiveAc& ac, double maxDista
     NearestStand best;
     NearestStand seenBefore;
     const ParkPos* grown = nullptr;
-    const double rangeNm = useOptions ? std::max(maxDistanceNm, optionStandNm) : maxDistanceNm;
+    const Reach reach(position, useOptions ? std::max(maxDistanceNm, optionStandNm) : maxDistanceNm);
     for (ParkPos& stand : parkPositions()) {
-        if (stand.liveParked || !mayBeWithin(rangeNm, position, stand)) {
+        if (stand.liveParked || !reach.contains(stand)) {
             continue;
         }
         const double distanceNm = gf_distanceNm(position, stand.position());
@@ -99,9 +116,10 @@ const std::string& lf_userStand(LatLon position) {
     if (parkPositions().empty()) {
         forgetUserStand();
     } else if (userStand.position != position) {
+        const Reach reach(position, nearStandNm);
         NearestStand nearest;
         for (ParkPos& stand : parkPositions()) {
-            if (!mayBeWithin(nearStandNm, position, stand)) {
+            if (!reach.contains(stand)) {
                 continue;
             }
             const double distanceNm = gf_distanceNm(position, stand.position());
