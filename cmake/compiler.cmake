@@ -18,6 +18,14 @@ endif()
 add_compile_options(-ffp-contract=off)
 set(CMAKE_CXX_FLAGS_DEBUG "-g1 -O1")
 
+if(WIN32)
+  # UTF-16 at the system's calls, and no more of its headers than asked for: they define min, max and ERROR.
+  add_compile_definitions(UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN)
+  # Sections of their own, so that what is not used is left out of the .exe.
+  add_compile_options(-ffunction-sections -fdata-sections)
+  add_link_options(-Wl,--gc-sections)
+endif()
+
 if(KST_SANITIZE)
   add_compile_options(-fsanitize=${KST_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${KST_SANITIZE})

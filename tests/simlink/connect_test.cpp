@@ -213,44 +213,6 @@ TEST_F(RealConnection, NamesThatCannotBeServedOrReachedAreRefused) {
     EXPECT_TRUE(platform::connectPipe(stream, "\\\\.\\pipe\\A\\Nobody", [] { return false; }));
 }
 
-#ifdef ASIO_HAS_LOCAL_SOCKETS // where a pipe is a socket in the file system
-TEST_F(RealConnection, APipeThatADeadServerLeftBehindIsServedAnew) {
-    asio::io_context context;
-    const std::filesystem::path left = folder.runtime() / "pipe" / "A" / "B";
-    std::filesystem::create_directories(left.parent_path());
-    {
-        asio::local::stream_protocol::acceptor dead(context);
-        dead.open();
-        dead.bind(asio::local::stream_protocol::endpoint(left.native()));
-    }
-    ASSERT_TRUE(std::filesystem::exists(left));
-    const platform::PipeListener listener(context, "\\\\.\\pipe\\A\\B");
-    platform::PipeStream stream(context);
-    EXPECT_FALSE(platform::connectPipe(stream, "\\\\.\\pipe\\A\\B", [] { return false; }));
-}
-
-TEST_F(RealConnection, ABusyPipeIsWaitedForUntilTheStop) {
-    asio::io_context context;
-    const std::filesystem::path path = folder.runtime() / "pipe" / "A" / "B";
-    std::filesystem::create_directories(path.parent_path());
-    asio::local::stream_protocol::acceptor busy(context);
-    busy.open();
-    busy.bind(asio::local::stream_protocol::endpoint(path.native()));
-    busy.listen(0);
-    int asked = 0;
-    const auto stopAtThird = [&] { return ++asked > 3; };
-    std::vector<platform::PipeStream> waiting;
-    asio::error_code error;
-    while (!error) {
-        asked = 0;
-        error = platform::connectPipe(waiting.emplace_back(context), "\\\\.\\pipe\\A\\B", stopAtThird);
-    }
-    EXPECT_EQ(error, asio::error::operation_aborted);
-    EXPECT_EQ(asked, 4) << "tried until it was told to stop";
-    EXPECT_LT(waiting.size(), 10U);
-}
-#endif
-
 TEST_F(RealConnection, AnEndedConnectionGivesItsErrorToEveryCall) {
     asio::io_context context;
     tcp::acceptor acceptor(context, tcp::endpoint(asio::ip::make_address("127.0.0.1"), 0));

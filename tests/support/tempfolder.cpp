@@ -1,8 +1,5 @@
 #include "support/tempfolder.h"
 
-#include "support/environment.h"
-
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <random>
@@ -29,30 +26,16 @@ std::filesystem::path makeFreshFolder() {
 } // namespace
 
 TempFolder::TempFolder()
-    : path_(makeFreshFolder()), workingDirectoryBefore_(std::filesystem::current_path()) {
+    : path_(makeFreshFolder()), workingDirectoryBefore_(std::filesystem::current_path()),
+      userFolders_(path_ / "user") {
     std::filesystem::create_directory(path_ / "docs");
-    setVariable("XDG_CONFIG_HOME", roaming());
-    setVariable("XDG_DATA_HOME", programData());
-    setVariable("XDG_DOCUMENTS_DIR", documents());
-    setVariable("XDG_PUBLICSHARE_DIR", publicDocuments());
-    setVariable("XDG_RUNTIME_DIR", runtime());
     std::filesystem::current_path(path_);
 }
 
 TempFolder::~TempFolder() {
     std::error_code ignored;
     std::filesystem::current_path(workingDirectoryBefore_, ignored);
-    for (const auto& [name, value] : variablesBefore_) {
-        setEnvironment(name, value);
-    }
     std::filesystem::remove_all(path_, ignored);
-}
-
-void TempFolder::setVariable(const std::string& name, const std::filesystem::path& folder) {
-    std::filesystem::create_directories(folder);
-    const char* before = std::getenv(name.c_str());
-    variablesBefore_[name] = before != nullptr ? std::optional<std::string>(before) : std::nullopt;
-    setEnvironment(name, folder.string());
 }
 
 std::filesystem::path TempFolder::write(const std::filesystem::path& name, std::string_view content) const {

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "support/userfolders.h"
+
 #include <filesystem>
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -33,11 +34,9 @@ public:
     std::optional<std::string> read(const std::filesystem::path& name) const;
 
 private:
-    void setVariable(const std::string& name, const std::filesystem::path& folder);
-
     std::filesystem::path path_;
     std::filesystem::path workingDirectoryBefore_;
-    std::map<std::string, std::optional<std::string>> variablesBefore_;
+    UserFolders userFolders_;
 };
 
 } // namespace kst::test

@@ -122,7 +122,7 @@ PipeListener::PipeListener(asio::io_context& context, const std::string& name) {
     }
     std::error_code ignored;
     std::filesystem::remove(*path, ignored);
-    state_ = std::make_unique<State>(State{*path, Protocol::acceptor(context), {}});
+    state_ = std::make_shared<State>(State{*path, Protocol::acceptor(context), {}});
     state_->acceptor.open();
     state_->acceptor.bind(Protocol::endpoint(path->native()));
     state_->acceptor.listen();

@@ -1,11 +1,8 @@
 #include "platform/paths.h"
+#include "platform/replacement.h"
 
-#include <atomic>
 #include <cerrno>
-#include <charconv>
 #include <csignal>
-
-#include <fmt/format.h>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -14,9 +11,6 @@
 namespace kst::platform {
 
 namespace {
-
-// A replacement is written as NAME.<process id>-<counter>.new beside NAME.
-constexpr std::string_view temporaryEnding = ".new";
 
 std::error_code lastError() {
     return {errno, std::generic_category()};
@@ -78,36 +72,14 @@ void flushFolder(const std::filesystem::path& folder) {
     }
 }
 
-/// The process id in the name of a replacement, 0 for any other file name.
-pid_t writerOf(std::string_view name) {
-    if (!name.ends_with(temporaryEnding)) {
-        return 0;
-    }
-    name.remove_suffix(temporaryEnding.size());
-    const std::size_t dot = name.rfind('.');
-    if (dot == std::string_view::npos || dot == 0) {
-        return 0;
-    }
-    const std::string_view numbers = name.substr(dot + 1);
-    const char* const end = numbers.data() + numbers.size();
-    pid_t process = 0;
-    const auto [dash, error] = std::from_chars(numbers.data(), end, process);
-    if (error != std::errc{} || dash == end || *dash != '-' || process <= 0) {
-        return 0;
-    }
-    unsigned counter = 0;
-    const auto [rest, counterError] = std::from_chars(dash + 1, end, counter);
-    return counterError == std::errc{} && rest == end ? process : 0;
-}
-
-bool processRuns(pid_t process) {
-    return kill(process, 0) == 0 || errno == EPERM;
+bool processRuns(std::uint32_t process) {
+    const auto id = static_cast<pid_t>(process);
+    return id > 0 && (kill(id, 0) == 0 || errno == EPERM);
 }
 
 } // namespace
 
 std::error_code replaceFileContent(const std::filesystem::path& path, std::string_view content) {
-    static std::atomic<unsigned> counter{0};
     std::error_code ignored;
     std::filesystem::path target = path;
     if (std::filesystem::is_symlink(path, ignored)) {
@@ -117,8 +89,7 @@ std::error_code replaceFileContent(const std::filesystem::path& path, std::strin
             target = std::move(linked);
         }
     }
-    std::filesystem::path temporary = target;
-    temporary += fmt::format(".{}-{}{}", getpid(), ++counter, temporaryEnding);
+    const std::filesystem::path temporary = replacementPath(target, static_cast<std::uint32_t>(getpid()));
     std::error_code error = writeTemporary(temporary, target, content);
     if (!error && rename(temporary.c_str(), target.c_str()) != 0) {
         error = lastError();
@@ -135,16 +106,7 @@ std::error_code replaceFileContent(const std::filesystem::path& path, std::strin
 }
 
 void removeLeftovers(const std::filesystem::path& folder) {
-    std::error_code error;
-    std::filesystem::directory_iterator entry(folder, error);
-    while (!error && entry != std::filesystem::directory_iterator{}) {
-        const pid_t writer = writerOf(entry->path().filename().string());
-        if (writer != 0 && !processRuns(writer)) {
-            std::error_code ignored;
-            std::filesystem::remove(entry->path(), ignored);
-        }
-        entry.increment(error);
-    }
+    removeReplacements(folder, processRuns);
 }
 
 } // namespace kst::platform

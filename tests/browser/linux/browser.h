@@ -2,7 +2,7 @@
 
 // A real browser without a window, steered through the WebDriver protocol.
 
-#include "support/childprocess.h"
+#include "support/linux/childprocess.h"
 
 #include <filesystem>
 #include <httplib.h>
