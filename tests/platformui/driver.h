@@ -1,7 +1,7 @@
 #pragma once
 
-// What a person does to the window, and what a person or a screen reader sees of it. The one file of the
-// tests that knows the toolkit is driver.cpp.
+// What a person does to the window, and what a person or a screen reader sees of it. Only the driver of each
+// system knows its toolkit.
 
 #include "platform/ui.h"
 
@@ -39,6 +39,8 @@ bool windowIsTopMost();
 
 std::string shownToolTip(int controlId);
 std::string spokenName(int controlId);
+/// The system has a service that gives text boxes and buttons names of their own.
+bool namesAreTaken();
 
 /// The colour on the screen at a layout pixel.
 platform::Colour pixelAt(int x, int y);

@@ -148,6 +148,10 @@ std::string spokenName(int controlId) {
     return spoken == nullptr ? std::string() : spoken->text(QAccessible::Name).toStdString();
 }
 
+bool namesAreTaken() {
+    return true;
+}
+
 platform::Colour pixelAt(int x, int y) {
     const QColor colour = window().grab().toImage().pixelColor(x, y);
     return {static_cast<std::uint8_t>(colour.red()), static_cast<std::uint8_t>(colour.green()),

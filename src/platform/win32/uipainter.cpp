@@ -1,0 +1,170 @@
+#include "platform/win32/uipainter.h"
+
+#include "platform/win32/utf16.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+
+namespace kst::platform {
+
+namespace {
+
+// The positions of the layout leave each text the room that it takes in a font of this running width.
+constexpr int widestSampleWidth = 262;
+constexpr wchar_t sample[] = L"abcdefghijklmnopqrstuvwxyz 0123456789";
+constexpr int largestFontPixels = 13;
+constexpr int smallestFontPixels = 9;
+
+/// A device context of no window, for measuring.
+class MemoryContext {
+public:
+    MemoryContext() : context_(CreateCompatibleDC(nullptr)) {}
+    ~MemoryContext() { DeleteDC(context_); }
+    MemoryContext(const MemoryContext&) = delete;
+    MemoryContext& operator=(const MemoryContext&) = delete;
+    HDC get() const { return context_; }
+
+private:
+    HDC context_;
+};
+
+LOGFONTW desktopFont(int dotsPerInch) {
+    NONCLIENTMETRICSW metrics = {};
+    metrics.cbSize = sizeof metrics;
+    LOGFONTW font = {};
+    if (SystemParametersInfoForDpi(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0,
+                                   static_cast<UINT>(dotsPerInch)) != FALSE) {
+        font = metrics.lfMessageFont;
+    } else {
+        constexpr std::wstring_view family = L"Segoe UI";
+        std::copy(family.begin(), family.end(), std::begin(font.lfFaceName));
+        font.lfCharSet = DEFAULT_CHARSET;
+    }
+    font.lfWeight = FW_NORMAL;
+    font.lfItalic = FALSE;
+    font.lfWidth = 0;
+    return font;
+}
+
+int lineHeightOf(HDC context) {
+    TEXTMETRICW metrics = {};
+    GetTextMetricsW(context, &metrics);
+    return static_cast<int>(metrics.tmHeight);
+}
+
+int widthOf(HDC context, std::wstring_view text) {
+    SIZE size = {};
+    GetTextExtentPoint32W(context, text.data(), static_cast<int>(text.size()), &size);
+    return static_cast<int>(size.cx);
+}
+
+std::wstring convert(std::string_view text) {
+    std::optional<std::wstring> result = strictWideFromUtf8(text);
+    if (!result) {
+        throw TextConversionError();
+    }
+    return *std::move(result);
+}
+
+class MeasuringPainter final : public Painter {
+public:
+    void fill(const Rect&, Colour) override {}
+    void line(int, int, int, int, Colour) override {}
+    void text(int, int, std::string_view, Colour) override {}
+    int textWidth(std::string_view text) override { return painter_.textWidth(text); }
+
+private:
+    Scale scale_;
+    MemoryContext context_;
+    Font font_ = makeFont(scale_, textLineHeight);
+    GdiPainter painter_{context_.get(), scale_, font_.get()};
+};
+
+} // namespace
+
+RECT Scale::device(const Rect& area) const {
+    return {device(area.left), device(area.top), device(area.right), device(area.bottom)};
+}
+
+Rect Scale::layout(const RECT& area) const {
+    const auto floor = [this](LONG pixels) {
+        return static_cast<int>(pixels) * plainDotsPerInch / dotsPerInch_;
+    };
+    return {floor(area.left), floor(area.top), layout(static_cast<int>(area.right)),
+            layout(static_cast<int>(area.bottom))};
+}
+
+int Scale::layout(int devicePixels) const {
+    return (devicePixels * plainDotsPerInch + dotsPerInch_ - 1) / dotsPerInch_;
+}
+
+Font makeFont(const Scale& scale, int lineHeight) {
+    const MemoryContext context;
+    LOGFONTW description = desktopFont(scale.dotsPerInch());
+    Font font;
+    for (int pixels = scale.device(largestFontPixels); pixels >= scale.device(smallestFontPixels); --pixels) {
+        description.lfHeight = -pixels;
+        font.reset(CreateFontIndirectW(&description));
+        const HGDIOBJ before = SelectObject(context.get(), font.get());
+        const bool fits = lineHeightOf(context.get()) <= scale.device(lineHeight) &&
+                          widthOf(context.get(), sample) <= scale.device(widestSampleWidth);
+        SelectObject(context.get(), before);
+        if (fits) {
+            break;
+        }
+    }
+    return font;
+}
+
+GdiPainter::GdiPainter(HDC context, const Scale& scale, HFONT font)
+    : context_(context), scale_(scale), fontBefore_(SelectObject(context, font)),
+      textInset_((scale.device(textLineHeight) - lineHeightOf(context)) / 2) {
+    SetBkMode(context_, TRANSPARENT);
+}
+
+GdiPainter::~GdiPainter() {
+    SelectObject(context_, fontBefore_);
+}
+
+void GdiPainter::fill(const Rect& area, Colour colour) {
+    fillArea(context_, scale_.device(area), toGdi(colour));
+}
+
+void GdiPainter::line(int x1, int y1, int x2, int y2, Colour colour) {
+    const int left = std::min(x1, x2);
+    const int top = std::min(y1, y2);
+    fill({left, top, left + std::max(1, std::abs(x2 - x1)), top + std::max(1, std::abs(y2 - y1))}, colour);
+}
+
+void GdiPainter::text(int x, int y, std::string_view text, Colour colour) {
+    const std::wstring wide = convert(text);
+    SetTextColor(context_, toGdi(colour));
+    TextOutW(context_, scale_.device(x), scale_.device(y) + textInset_, wide.data(),
+             static_cast<int>(wide.size()));
+}
+
+int GdiPainter::textWidth(std::string_view text) {
+    return scale_.layout(widthOf(context_, convert(text)));
+}
+
+void fillArea(HDC context, const RECT& area, COLORREF colour) {
+    SetDCBrushColor(context, colour);
+    FillRect(context, &area, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
+}
+
+void drawFrame(HDC context, const RECT& area, int horizontalThickness, int verticalThickness,
+               COLORREF colour) {
+    const LONG innerLeft = area.left + horizontalThickness;
+    const LONG innerRight = area.right - horizontalThickness;
+    fillArea(context, {area.left, area.top, area.right, area.top + verticalThickness}, colour);
+    fillArea(context, {area.left, area.bottom - verticalThickness, area.right, area.bottom}, colour);
+    fillArea(context, {area.left, area.top, innerLeft, area.bottom}, colour);
+    fillArea(context, {innerRight, area.top, area.right, area.bottom}, colour);
+}
+
+std::unique_ptr<Painter> createMeasuringPainter() {
+    return std::make_unique<MeasuringPainter>();
+}
+
+} // namespace kst::platform
