@@ -69,17 +69,17 @@ void resetProgram() {
     exitReason = ExitReason::NotYetSet;
 }
 
-standin::WorldSettings worldSettings() {
+standin::WorldSettings worldSettings(bool keepHistory) {
     standin::WorldSettings settings;
     settings.historyIntervalSeconds = 0.0;
-    settings.historyLimit = 500'000;
+    settings.historyLimit = keepHistory ? 500'000 : 1;
     return settings;
 }
 
 } // namespace
 
 ScenarioWorld::ScenarioWorld(const ScenarioOptions& options)
-    : world_(worldSettings()), connection_([this](std::span<const std::byte> packet) {
+    : world_(worldSettings(options.keepHistory)), connection_([this](std::span<const std::byte> packet) {
           fromProgram_.insert(fromProgram_.end(), packet.begin(), packet.end());
       }) {
     seedRandom(options.seed);

@@ -27,6 +27,7 @@ struct ScenarioOptions {
     bool userOnGround = false;
     double rangeNm = 100.0;
     std::uint32_t seed = 1;
+    bool keepHistory = true; ///< of the simulator's objects, every frame
 };
 
 class ScenarioWorld {

@@ -1,5 +1,7 @@
 #include "tools/measureflights/measure.h"
 
+#include "tools/measureflights/line.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -9,121 +11,14 @@ namespace kst::tool {
 
 namespace {
 
-constexpr double playDelaySeconds = static_cast<double>(playDelayTicks) / ticksPerSecond;
-/// Only this much of the line round the expected moment counts, so that a holding aircraft is not held
-/// against an earlier round.
-constexpr double windowSeconds = 45.0;
-/// Between places that are equally near to within this, the one nearer in time counts.
-constexpr double sameDistanceM = 0.5;
 /// On a line that moves slower than this, a lead or lag in time means nothing.
 constexpr double slowestForTimeKt = 5.0;
 /// Frames farther apart are no neighbours: the object was not recorded between them.
 constexpr double longestStepSeconds = 2.0;
-/// The speed that explains a step is the highest told within this time.
-constexpr double speedWindowSeconds = 15.0;
-constexpr double secondsPerHour = 3600.0;
 /// An object is created, taken over and left to settle before it flies.
 constexpr double appearingSeconds = 6.0;
 
-struct Metres {
-    double east = 0.0;
-    double north = 0.0;
-};
-
-Metres metresFrom(LatLon origin, LatLon point) {
-    const double perDegree = 60.0 * metresPerNm;
-    double lon = point.lon - origin.lon;
-    lon -= 360.0 * std::round(lon / 360.0);
-    return {lon * perDegree * std::cos(origin.lat * radPerDeg), (point.lat - origin.lat) * perDegree};
-}
-
-double metresBetween(LatLon a, LatLon b) {
-    const Metres way = metresFrom(a, b);
-    return std::hypot(way.east, way.north);
-}
-
-Spread spreadOf(std::vector<double>& values) {
-    Spread spread;
-    spread.count = values.size();
-    if (values.empty()) {
-        return spread;
-    }
-    std::sort(values.begin(), values.end());
-    spread.median = values[values.size() / 2];
-    spread.p95 = values[std::min(values.size() - 1, values.size() * 95 / 100)];
-    spread.max = values.back();
-    return spread;
-}
-
-/// Where on the line an object is.
-struct OnLine {
-    double distanceM = std::numeric_limits<double>::infinity();
-    double lagS = 0.0;
-    double speedKt = 0.0;
-    double altFt = 0.0;
-    bool onGround = false;
-};
-
 using Points = std::vector<TrackPoint>;
-
-Points::const_iterator firstAfter(const Points& points, double time) {
-    return std::upper_bound(points.begin(), points.end(), time,
-                            [](double t, const TrackPoint& point) { return t < point.time; });
-}
-
-/// The place on the piece from a to b that is nearest to `position`, which should be passed at `expected`.
-OnLine onPiece(const TrackPoint& a, const TrackPoint& b, LatLon position, double expected) {
-    const Metres toA = metresFrom(position, a.position);
-    const Metres toB = metresFrom(position, b.position);
-    const double east = toB.east - toA.east;
-    const double north = toB.north - toA.north;
-    const double length = std::hypot(east, north);
-    const double seconds = b.time - a.time;
-    double share = seconds > 0.0 ? std::clamp((expected - a.time) / seconds, 0.0, 1.0) : 0.0;
-    if (length > sameDistanceM) {
-        share = std::clamp(-(toA.east * east + toA.north * north) / (length * length), 0.0, 1.0);
-    }
-    OnLine place;
-    place.distanceM = std::hypot(toA.east + share * east, toA.north + share * north);
-    place.lagS = expected - (a.time + share * seconds);
-    place.speedKt = seconds > 0.0 ? length / metresPerNm / seconds * secondsPerHour : 0.0;
-    place.altFt = a.altFt + share * (b.altFt - a.altFt);
-    place.onGround = a.onGround || b.onGround;
-    return place;
-}
-
-/// The nearest place on the target's line; nothing when the line does not reach the expected moment.
-std::optional<OnLine> placeOnLine(const Points& line, const TrackPoint& shown) {
-    const double expected = shown.time - playDelaySeconds;
-    if (line.size() < 2 || expected < line.front().time || expected > line.back().time) {
-        return std::nullopt;
-    }
-    auto from = firstAfter(line, expected - windowSeconds);
-    from -= from == line.begin() ? 0 : 1;
-    OnLine best;
-    for (auto a = from; a + 1 != line.end() && a->time <= expected + windowSeconds; ++a) {
-        const OnLine place = onPiece(*a, *(a + 1), shown.position, expected);
-        const bool nearer = place.distanceM < best.distanceM - sameDistanceM;
-        const bool asNear = place.distanceM < best.distanceM + sameDistanceM;
-        if (nearer || (asNear && std::abs(place.lagS) < std::abs(best.lagS))) {
-            best = place;
-        }
-    }
-    return best;
-}
-
-double highestSpeedKt(const Points& line, double time) {
-    auto point = firstAfter(line, time - speedWindowSeconds);
-    point -= point == line.begin() ? 0 : 1;
-    double speed = 0.0;
-    for (; point != line.end(); ++point) {
-        speed = std::max(speed, point->gsKt);
-        if (point->time > time + speedWindowSeconds) {
-            break;
-        }
-    }
-    return speed;
-}
 
 /// Values of one phase, or of one object, before they become figures.
 struct Samples {
@@ -245,9 +140,8 @@ const Target* targetOf(const ShownObject& object, const Names& names) {
     for (auto name = begin; name != end; ++name) {
         const Points& line = name->second->points;
         const TrackPoint& shown = object.points.front();
-        const auto next = firstAfter(line, shown.time - playDelaySeconds);
         const double metres =
-            metresBetween((next == line.end() ? line.back() : *next).position, shown.position);
+            metresBetween(pointAt(line, shown.time - playDelaySeconds).position, shown.position);
         if (metres < nearestM) {
             nearest = name->second;
             nearestM = metres;

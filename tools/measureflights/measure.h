@@ -7,20 +7,13 @@
 // earlier or later than 30 seconds it passes the nearest point of the line.
 
 #include "tools/measureflights/flights.h"
+#include "tools/measureflights/line.h"
 
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace kst::tool {
-
-/// Of a set of values.
-struct Spread {
-    std::size_t count = 0;
-    double median = 0.0;
-    double p95 = 0.0;
-    double max = 0.0;
-};
 
 /// The step between two frames that the target's speed explains least.
 struct Step {

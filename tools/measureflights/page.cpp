@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
+#include <limits>
 
 namespace kst::tool {
 
@@ -10,6 +11,8 @@ namespace {
 
 constexpr double mapWidth = 1100.0;
 constexpr double mapMargin = 20.0;
+constexpr double profileHeight = 320.0;
+constexpr double smallestRiseFt = 100.0;
 constexpr double smallestSpanDeg = 0.01;
 /// Flown paths are drawn with a point each so many seconds; frames would only make the page big.
 constexpr double pathPointSeconds = 1.0;
@@ -156,7 +159,77 @@ std::string rowsOf(const Measured& measured) {
     return out + "</table>\n";
 }
 
+/// Altitude over time of every object and its target. What is on the ground tells no altitude.
+class Profile {
+public:
+    explicit Profile(const Measured& measured) {
+        for (const ObjectFigures& figures : measured.byObject) {
+            for (const TrackPoint& point : figures.object->points) {
+                first_ = std::min(first_, point.time);
+                last_ = std::max(last_, point.time);
+                lowest_ = std::min(lowest_, point.altFt);
+                highest_ = std::max(highest_, point.altFt);
+            }
+        }
+        highest_ = std::max(highest_, lowest_ + smallestRiseFt);
+    }
+
+    std::string line(const std::vector<TrackPoint>& points, double delay, std::string_view style) const {
+        std::string out = fmt::format("<polyline {} points=\"", style);
+        double last = -pathPointSeconds;
+        for (const TrackPoint& point : points) {
+            const double time = point.time + delay;
+            const bool shown = time >= first_ && time <= last_ && (delay == 0.0 || !point.onGround);
+            if (shown && time - last >= pathPointSeconds) {
+                out += fmt::format("{:.1f},{:.1f} ", x(time), y(point.altFt));
+                last = time;
+            }
+        }
+        return out + "\"/>\n";
+    }
+
+    std::string scale() const {
+        return fmt::format("<text x=\"20\" y=\"14\">{:.0f} ft</text><text x=\"20\" y=\"{:.0f}\">{:.0f} ft, "
+                           "{:.0f} s across</text>\n",
+                           highest_, profileHeight - 4.0, lowest_, last_ - first_);
+    }
+
+private:
+    double x(double time) const {
+        return mapMargin + (time - first_) / std::max(last_ - first_, 1.0) * (mapWidth - 2.0 * mapMargin);
+    }
+    double y(double altFt) const {
+        const double share = (std::max(altFt, lowest_) - lowest_) / (highest_ - lowest_);
+        return profileHeight - mapMargin - share * (profileHeight - 2.0 * mapMargin);
+    }
+
+    double first_ = std::numeric_limits<double>::infinity();
+    double last_ = -std::numeric_limits<double>::infinity();
+    double lowest_ = std::numeric_limits<double>::infinity();
+    double highest_ = -std::numeric_limits<double>::infinity();
+};
+
+std::string profileOf(const Measured& measured) {
+    const Profile profile(measured);
+    std::string out = fmt::format("<svg viewBox=\"0 0 {0:.0f} {1:.0f}\" width=\"{0:.0f}\" role=\"img\">\n",
+                                  mapWidth, profileHeight);
+    for (const ObjectFigures& figures : measured.byObject) {
+        out += profile.line(figures.target->points, playDelaySeconds, "class=\"told\"");
+        out += profile.line(
+            figures.object->points, 0.0,
+            fmt::format("class=\"flown\" stroke=\"hsl({},75%,62%)\"", hueOf(figures.object->tailNumber)));
+    }
+    return out + profile.scale() + "</svg>\n";
+}
+
 } // namespace
+
+std::string flightPageOf(const Measured& measured, const std::string& title, const std::string& figures) {
+    std::string out(head);
+    out += fmt::format("<h1>{}</h1><pre>{}</pre>\n", escaped(title), escaped(figures));
+    out += "<p>Grey: the recorded line. Coloured: what was flown, 30 seconds later.</p>\n" + mapOf(measured);
+    return out + "<h1>Altitude</h1>\n" + profileOf(measured) + "</body></html>\n";
+}
 
 std::string pageOf(const Measured& measured) {
     std::string out(head);

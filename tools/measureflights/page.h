@@ -10,4 +10,8 @@ namespace kst::tool {
 /// figures, and a line for each object.
 std::string pageOf(const Measured& measured);
 
+/// The same for one flight: its map and its altitude along the time, what was told (grey, 30 seconds later)
+/// and what was flown. Objects and target as `Flights` holds them.
+std::string flightPageOf(const Measured& measured, const std::string& title, const std::string& figures);
+
 } // namespace kst::tool

@@ -1,0 +1,369 @@
+#include "bench/realism/figures.h"
+
+#include "engine/categories.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fmt/format.h>
+
+namespace kst::bench {
+
+namespace {
+
+// Between two frames of the world: longer ones belong to another object.
+constexpr double longestFrameS = 0.05;
+constexpr std::size_t samplesPerSecond = 50;
+constexpr std::size_t judgedEvery = 25; ///< samples between places held against the line
+constexpr double slowestForTimeKt = 5.0;
+constexpr double slowestForStepKt = 20.0;
+/// What is told after a longer silence is not held against the flight, nor what it does for a while after.
+constexpr double longestGapS = 35.0;
+constexpr double recoveryS = 40.0;
+
+constexpr double belowGroundFt = 0.5;
+constexpr double reversalM = 2.0;
+constexpr double reversalDeg = 120.0;
+
+// A touchdown comes after some time in the air, at some speed.
+constexpr double leastFlightS = 3.0;
+constexpr double touchdownWindowS = 0.5;
+constexpr double slowestTouchdownKt = 30.0;
+constexpr double touchdownGentlestFpm = -60.0;
+constexpr double touchdownHardestFpm = -350.0;
+constexpr double axisRangeM = 4000.0;
+constexpr double axisTimeS = 60.0;
+constexpr double axisTurnDeg = 10.0;
+constexpr std::size_t fewestForAxis = 4;
+
+constexpr double fastestGroundTurn = 3.0; ///< in base rates of turn
+constexpr double pitchSpread = 1.05;      ///< a record's own pitches lie so far from those of its class
+
+double angleOff(double a, double b) {
+    return std::abs(std::remainder(b - a, 2.0 * pi)) * degPerRad;
+}
+
+double bearing(LatLon a, LatLon b) {
+    return std::atan2((b.lon - a.lon) * std::cos(a.lat * radPerDeg), b.lat - a.lat);
+}
+
+/// Degrees per second that the size class's table allows at this stage.
+double pitchLimit(Category category, Stage stage) {
+    const CategoryRates& rates = categoryRates(category);
+    double perTick = categoryLimits(category).pitchRateDeg;
+    if (stage == Stage::TakeOff) {
+        perTick = std::max(
+            {perTick, -rates.rotatePitchDeg * pitchSpread / rates.rotateTicks,
+             (rates.rotatePitchDeg - rates.climbPitchDeg) * pitchSpread * pitchSpread / rates.climbOutTicks});
+    }
+    return perTick * ticksPerSecond;
+}
+
+class Adder {
+public:
+    Adder(Figures& figures, const RecordedFlight& flight, const PlayedFlight& played,
+          const std::vector<Sample>& samples)
+        : figures_(figures), flight_(flight), played_(played), samples_(samples) {}
+
+    void add() {
+        markGaps();
+        for (std::size_t i = 1; i < samples_.size(); ++i) {
+            frame(samples_[i - 1], samples_[i]);
+            if (i % judgedEvery == 0) {
+                place(samples_[i]);
+            }
+            if (i % samplesPerSecond == 0) {
+                direction(i);
+            }
+            contact(i);
+        }
+    }
+
+private:
+    StageFigures& stage(const Sample& sample) {
+        return figures_.stages[static_cast<std::size_t>(sample.stage)];
+    }
+
+    void markGaps() {
+        for (std::size_t i = 1; i < played_.line.size(); ++i) {
+            if (played_.line[i].time - played_.line[i - 1].time > longestGapS) {
+                gaps_.emplace_back(played_.line[i - 1].time, played_.line[i].time + recoveryS);
+            }
+        }
+    }
+
+    bool inGap(double lineTime) const {
+        return std::any_of(gaps_.begin(), gaps_.end(),
+                           [&](const auto& gap) { return lineTime > gap.first && lineTime < gap.second; });
+    }
+
+    void frame(const Sample& a, const Sample& b) {
+        const double dt = b.at - a.at;
+        if (a.objectId != b.objectId || dt <= 0.0 || dt > longestFrameS) {
+            return;
+        }
+        StageFigures& here = stage(b);
+        here.seconds += dt;
+        const std::string& name = flight_.name;
+        const double metres = tool::metresBetween(a.position, b.position);
+        const double expected = b.at - tool::playDelaySeconds;
+        if (metres > slowestForStepKt * metresPerNm / tool::secondsPerHour * dt) {
+            const double speedKt = std::max(
+                {tool::highestSpeedKt(played_.line, expected), std::abs(b.speedKt), slowestForStepKt});
+            here.step.note(metres / (speedKt * metresPerNm / tool::secondsPerHour * dt), name, b.at);
+        }
+        const double turn = angleOff(a.heading, b.heading) / dt;
+        const double pitch = angleOff(a.pitch, b.pitch) / dt;
+        const double bank = angleOff(a.bank, b.bank) / dt;
+        here.turn.note(turn, name, b.at);
+        here.pitch.note(pitch, name, b.at);
+        here.bank.note(bank, name, b.at);
+        if (b.onGround) {
+            here.turnShare.note(
+                turn / (categoryRates(played_.category).baseTurnRateDeg * ticksPerSecond * fastestGroundTurn),
+                name, b.at);
+        }
+        here.pitchShare.note(pitch / pitchLimit(played_.category, b.stage), name, b.at);
+        here.bankShare.note(bank / (categoryLimits(played_.category).bankRateDeg * ticksPerSecond), name,
+                            b.at);
+        if (b.wheelsFt < -belowGroundFt) {
+            here.belowSeconds += dt;
+            here.below.note(-b.wheelsFt, name, b.at);
+        }
+    }
+
+    void place(const Sample& sample) {
+        if (sample.coasting || inGap(sample.at - tool::playDelaySeconds)) {
+            return;
+        }
+        const auto found =
+            tool::placeOnLine(played_.line, {sample.at, sample.position, sample.altFt, 0.0, sample.onGround});
+        if (!found) {
+            return;
+        }
+        StageFigures& here = stage(sample);
+        here.fromLineM.push_back(found->distanceM);
+        here.fromLine.note(found->distanceM, flight_.name, sample.at);
+        if (found->speedKt >= slowestForTimeKt) {
+            here.timeOffS.push_back(std::abs(found->lagS));
+            here.lag.note(found->lagS, flight_.name, sample.at);
+            here.lead.note(-found->lagS, flight_.name, sample.at);
+            here.overDrift.note(std::max(found->lagS - sample.lagLimitS, -found->lagS - sample.leadLimitS),
+                                flight_.name, sample.at);
+        }
+        if (!found->onGround && !sample.onGround) {
+            here.altitudeOffFt.push_back(std::abs(sample.altFt - found->altFt));
+        }
+    }
+
+    /// The way of this second against the way of the last one.
+    void direction(std::size_t i) {
+        const Sample& from = samples_[i - samplesPerSecond];
+        const Sample& to = samples_[i];
+        if (from.objectId != to.objectId || tool::metresBetween(from.position, to.position) < reversalM) {
+            moved_ = false;
+            return;
+        }
+        const double way = bearing(from.position, to.position);
+        if (moved_ && angleOff(lastWay_, way) > reversalDeg) {
+            ++stage(to).reversals;
+            stage(to).lastReversal = fmt::format("{} {:.0f} s", flight_.name, to.at);
+        }
+        moved_ = true;
+        lastWay_ = way;
+    }
+
+    void contact(std::size_t i) {
+        const Sample& before = samples_[i - 1];
+        const Sample& now = samples_[i];
+        if (before.objectId != now.objectId) {
+            flyingSince_ = now.at;
+            return;
+        }
+        if (before.onGround && !now.onGround) {
+            flyingSince_ = now.at;
+            figures_.liftOffs += now.stage == Stage::TakeOff ? 1 : 0;
+            return;
+        }
+        const auto back = static_cast<std::size_t>(touchdownWindowS * samplesPerSecond);
+        if (before.onGround || !now.onGround || now.at - flyingSince_ < leastFlightS || i <= back) {
+            return;
+        }
+        const Sample& start = samples_[i - 1 - back];
+        Touchdown touchdown;
+        touchdown.flight = flight_.name;
+        touchdown.at = now.at;
+        touchdown.verticalFpm = (before.altFt - start.altFt) / (before.at - start.at) * 60.0;
+        touchdown.fromAxisM = fromAxis(now);
+        const double way = tool::metresBetween(start.position, before.position);
+        const double speedKt = way / metresPerNm / (before.at - start.at) * tool::secondsPerHour;
+        if (speedKt >= slowestTouchdownKt) {
+            figures_.touchdowns.push_back(touchdown);
+        }
+    }
+
+    /// From the straight line through what was recorded round the touchdown in its direction.
+    double fromAxis(const Sample& down) const {
+        double count = 0.0;
+        double along = 0.0;
+        double across = 0.0;
+        double alongAlong = 0.0;
+        double alongAcross = 0.0;
+        const double expected = down.at - tool::playDelaySeconds;
+        const tool::TrackPoint* last = nullptr;
+        for (const tool::TrackPoint& point : played_.line) {
+            const tool::TrackPoint* from = last;
+            last = &point;
+            const double metres = tool::metresBetween(point.position, down.position);
+            if (from == nullptr || std::abs(point.time - expected) > axisTimeS || metres > axisRangeM ||
+                from->position == point.position ||
+                angleOff(bearing(from->position, point.position), down.heading) > axisTurnDeg) {
+                continue;
+            }
+            const double off = metres > 0.0 ? bearing(down.position, point.position) - down.heading : 0.0;
+            const double x = metres * std::cos(off);
+            const double y = metres * std::sin(off);
+            count += 1.0;
+            along += x;
+            across += y;
+            alongAlong += x * x;
+            alongAcross += x * y;
+        }
+        const double spread = count * alongAlong - along * along;
+        if (count < static_cast<double>(fewestForAxis) || spread <= 0.0) {
+            return -1.0;
+        }
+        const double slope = (count * alongAcross - along * across) / spread;
+        return std::abs((across - slope * along) / count) / std::hypot(1.0, slope);
+    }
+
+    Figures& figures_;
+    const RecordedFlight& flight_;
+    const PlayedFlight& played_;
+    const std::vector<Sample>& samples_;
+    std::vector<std::pair<double, double>> gaps_;
+    double flyingSince_ = 0.0;
+    double lastWay_ = 0.0;
+    bool moved_ = false;
+};
+
+std::string rowOf(std::string_view name, StageFigures& figures) {
+    const tool::Spread line = tool::spreadOf(figures.fromLineM);
+    const tool::Spread time = tool::spreadOf(figures.timeOffS);
+    const tool::Spread altitude = tool::spreadOf(figures.altitudeOffFt);
+    return fmt::format("{:16} {:7.0f} | {:6.1f} {:7.1f} {:7.0f} | {:5.2f} {:5.1f} {:5.1f} {:5.1f} | {:5.0f} "
+                       "{:5.0f} {:6.0f} | {:5.2f} | {:7.1f} {:6.2f} {:7.2f} | {:6.1f} {:3}\n",
+                       name, figures.seconds, line.median, line.p95, line.max, time.median, time.p95,
+                       figures.lead.value, figures.lag.value, altitude.median, altitude.p95, altitude.max,
+                       figures.step.value, figures.turn.value, figures.pitch.value, figures.bank.value,
+                       figures.belowSeconds, figures.reversals);
+}
+
+std::string touchdownsOf(const Figures& figures) {
+    std::vector<double> rates;
+    std::vector<double> axis;
+    int outside = 0;
+    for (const Touchdown& touchdown : figures.touchdowns) {
+        rates.push_back(-touchdown.verticalFpm);
+        if (touchdown.fromAxisM >= 0.0) {
+            axis.push_back(touchdown.fromAxisM);
+        }
+        const bool good =
+            touchdown.verticalFpm <= touchdownGentlestFpm && touchdown.verticalFpm >= touchdownHardestFpm;
+        outside += good ? 0 : 1;
+    }
+    const tool::Spread rate = tool::spreadOf(rates);
+    const tool::Spread off = tool::spreadOf(axis);
+    return fmt::format("{} touchdowns, ft/min: {:.0f} to {:.0f}, median {:.0f}, {} outside {:.0f} to {:.0f}; "
+                       "from the runway's axis: median {:.1f} m, 95 % {:.1f} m, largest {:.1f} m\n",
+                       figures.touchdowns.size(), rates.empty() ? 0.0 : -rates.front(), -rate.max,
+                       -rate.median, outside, touchdownGentlestFpm, touchdownHardestFpm, off.median, off.p95,
+                       off.max);
+}
+
+std::string worstOf(std::string_view stageName, const StageFigures& figures) {
+    const std::pair<std::string_view, const Worst*> all[] = {
+        {"from the line, m", &figures.fromLine},
+        {"lead, s", &figures.lead},
+        {"lag, s", &figures.lag},
+        {"beyond the drift limit, s", &figures.overDrift},
+        {"step, times the speed", &figures.step},
+        {"turn, deg/s", &figures.turn},
+        {"turn, share of the limit", &figures.turnShare},
+        {"pitch, share of the limit", &figures.pitchShare},
+        {"bank, share of the limit", &figures.bankShare},
+        {"below the ground, ft", &figures.below},
+    };
+    std::string out;
+    for (const auto& [name, worst] : all) {
+        if (worst->value > 0.0) {
+            out += fmt::format("  {:9} {:26} {:9.2f}  {}\n", stageName, name, worst->value, worst->where);
+        }
+    }
+    if (figures.reversals > 0) {
+        out += fmt::format("  {:9} {:26} {:9}  {}\n", stageName, "reversals", figures.reversals,
+                           figures.lastReversal);
+    }
+    return out;
+}
+
+} // namespace
+
+void Worst::note(double candidate, const std::string& flight, double at) {
+    if (candidate > value) {
+        value = candidate;
+        where = fmt::format("{}, {:.0f} s", flight, at);
+    }
+}
+
+void Figures::add(const RecordedFlight& flight, const PlayedFlight& played,
+                  const std::vector<Sample>& samples) {
+    Adder(*this, flight, played, samples).add();
+}
+
+double badness(const Figures& figures) {
+    constexpr double longestStep = 1.5;
+    constexpr double fault = 100.0;
+    double bad = 0.0;
+    for (const StageFigures& stage : figures.stages) {
+        std::vector<double> fromLine = stage.fromLineM;
+        bad = std::max(bad, tool::spreadOf(fromLine).p95);
+        bad += stage.step.value > longestStep ? fault : 0.0;
+        bad += stage.belowSeconds > 0.0 ? fault : 0.0;
+        bad += stage.reversals * fault;
+    }
+    for (const Touchdown& touchdown : figures.touchdowns) {
+        const bool good =
+            touchdown.verticalFpm <= touchdownGentlestFpm && touchdown.verticalFpm >= touchdownHardestFpm;
+        bad += good ? 0.0 : fault;
+    }
+    return bad;
+}
+
+std::string tableOf(Figures& flown, Figures& naive) {
+    std::string out = "                         |   from the line, m    |   off the 30 s, s       |  "
+                      "altitude off, ft  |step "
+                      "|   turn  pitch    bank |  below rev\n"
+                      "stage            seconds | median     95%     max |  med   95%  lead   lag |   med   "
+                      "95%    max |times "
+                      "|   largest, degrees/s  |      s\n";
+    for (std::size_t i = 0; i < stageCount; ++i) {
+        if (flown.stages[i].seconds > 0.0) {
+            out += rowOf(stageNames[i], flown.stages[i]);
+            out += rowOf("  naive", naive.stages[i]);
+        }
+    }
+    out +=
+        "\nflown: " + touchdownsOf(flown) + "naive: " + touchdownsOf(naive) + "\nworst of what was flown\n";
+    for (std::size_t i = 0; i < stageCount; ++i) {
+        out += worstOf(stageNames[i], flown.stages[i]);
+    }
+    for (const Touchdown& touchdown : flown.touchdowns) {
+        if (touchdown.verticalFpm > touchdownGentlestFpm || touchdown.verticalFpm < touchdownHardestFpm) {
+            out += fmt::format("  touchdown at {:.0f} ft/min: {}, {:.0f} s\n", touchdown.verticalFpm,
+                               touchdown.flight, touchdown.at);
+        }
+    }
+    return out;
+}
+
+} // namespace kst::bench

@@ -1,0 +1,65 @@
+#pragma once
+
+// What a spectator, or an engineer, would say of flown paths: figures by stage of flight, over many flights.
+
+#include "bench/realism/play.h"
+
+#include <array>
+#include <string>
+#include <vector>
+
+namespace kst::bench {
+
+/// The largest value seen, and where.
+struct Worst {
+    double value = 0.0;
+    std::string where;
+
+    void note(double candidate, const std::string& flight, double at);
+};
+
+struct StageFigures {
+    double seconds = 0.0;
+    std::vector<double> fromLineM;
+    std::vector<double> timeOffS;
+    std::vector<double> altitudeOffFt;
+    Worst lead; ///< seconds
+    Worst lag;
+    Worst overDrift; ///< beyond the drift limit of the moment, seconds
+    Worst fromLine;
+    Worst step; ///< against what the speed explains
+    Worst turn; ///< degrees per second, as are the next two
+    Worst pitch;
+    Worst bank;
+    Worst turnShare; ///< of the size class's limit, as are the next two
+    Worst pitchShare;
+    Worst bankShare;
+    Worst below; ///< feet below the ground
+    double belowSeconds = 0.0;
+    int reversals = 0;
+    std::string lastReversal;
+};
+
+struct Touchdown {
+    std::string flight;
+    double at = 0.0;
+    double verticalFpm = 0.0;
+    double fromAxisM = -1.0; ///< below 0 where the recording shows no axis
+};
+
+struct Figures {
+    std::array<StageFigures, stageCount> stages;
+    std::vector<Touchdown> touchdowns;
+    int liftOffs = 0;
+
+    void add(const RecordedFlight& flight, const PlayedFlight& played, const std::vector<Sample>& samples);
+};
+
+/// How badly a flight flies, to find the worst: its 95th percentile of the distance from the line, metres,
+/// and 100 for each step, rate or touchdown beyond its bounds.
+double badness(const Figures& figures);
+
+/// The table of one set of figures, beside the naive replay's.
+std::string tableOf(Figures& flown, Figures& naive);
+
+} // namespace kst::bench

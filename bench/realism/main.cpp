@@ -1,0 +1,219 @@
+// bench_realism: how well the program flies recorded flights. See --help.
+
+#include "bench/realism/figures.h"
+#include "core/reasoncounts.h"
+#include "support/places.h"
+#include "tools/measureflights/measure.h"
+#include "tools/measureflights/page.h"
+
+#include <fmt/format.h>
+#include <fstream>
+#include <map>
+#include <stdexcept>
+
+namespace {
+
+using namespace kst;
+using namespace kst::bench;
+
+constexpr std::string_view helpText =
+    "Plays recorded flights one after the other through the whole program in virtual time and prints how\n"
+    "they were flown, beside the naive replay: straight lines between the feed's points, 30 seconds late.\n\n"
+    "  FOLDER        recorded tracks; the project's own by default\n"
+    "  --only TEXT   only flights whose name (file, callsign@second) contains it\n"
+    "  --list        a line for each flight\n"
+    "  --page FILE   a page with the worst flight, or with the only one\n"
+    "  --path FILE   its path as CSV, a line for each tenth of a second\n";
+
+struct Options {
+    std::filesystem::path tracks = test::sourceFolder() / "data/tracks";
+    std::string only;
+    std::filesystem::path page;
+    std::filesystem::path path;
+    bool list = false;
+};
+
+Options readOptions(int argc, char** argv) {
+    Options options;
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view argument = argv[i];
+        const bool more = i + 1 < argc;
+        if (argument == "--list") {
+            options.list = true;
+        } else if (argument == "--only" && more) {
+            options.only = argv[++i];
+        } else if (argument == "--page" && more) {
+            options.page = std::filesystem::absolute(argv[++i]);
+        } else if (argument == "--path" && more) {
+            options.path = std::filesystem::absolute(argv[++i]);
+        } else if (!argument.starts_with('-')) {
+            options.tracks = std::filesystem::absolute(argument);
+        } else {
+            throw std::runtime_error(fmt::format("cannot use {}, see --help", argument));
+        }
+    }
+    return options;
+}
+
+/// The path of a flight as the page draws it.
+std::vector<tool::TrackPoint> pathOf(const PlayedFlight& played) {
+    std::vector<tool::TrackPoint> path;
+    for (const Sample& sample : played.flown) {
+        path.push_back({sample.at, sample.position, sample.altFt, 0.0, sample.onGround});
+    }
+    return path;
+}
+
+void writePage(const std::filesystem::path& file, const RecordedFlight& flight, const PlayedFlight& played) {
+    tool::Flights flights;
+    flights.targets.push_back({20001, "SHOWN", "", flight.reports.front().type, played.line});
+    flights.objects.push_back({3, "SHOWN", flight.name, pathOf(played)});
+    Figures flown;
+    Figures naive;
+    flown.add(flight, played, played.flown);
+    naive.add(flight, played, played.naive);
+    std::ofstream out(file, std::ios::binary);
+    out << tool::flightPageOf(tool::measure(flights), flight.name, tableOf(flown, naive));
+    if (!out.flush()) {
+        throw std::runtime_error("cannot write the page");
+    }
+}
+
+void writePath(const std::filesystem::path& file, const PlayedFlight& played) {
+    constexpr std::size_t every = 5;
+    std::ofstream out(file, std::ios::binary);
+    out << "at,lat,lon,alt_ft,wheels_ft,pitch_deg,bank_deg,heading_deg,speed_kt,from_line_m,lag_s,stage,on_"
+           "ground,"
+           "coasting\n";
+    for (std::size_t i = 0; i < played.flown.size(); i += every) {
+        const Sample& sample = played.flown[i];
+        const auto place =
+            tool::placeOnLine(played.line, {sample.at, sample.position, sample.altFt, 0.0, sample.onGround});
+        out << fmt::format(
+            "{:.2f},{:.6f},{:.6f},{:.1f},{:.1f},{:.2f},{:.2f},{:.2f},{:.1f},{:.1f},{:.2f},{},{:d},{:d}\n",
+            sample.at, sample.position.lat, sample.position.lon, sample.altFt, sample.wheelsFt,
+            sample.pitch * degPerRad, sample.bank * degPerRad, sample.heading * degPerRad, sample.speedKt,
+            place ? place->distanceM : -1.0, place ? place->lagS : 0.0,
+            stageNames[static_cast<std::size_t>(sample.stage)], sample.onGround, sample.coasting);
+    }
+    if (!out.flush()) {
+        throw std::runtime_error("cannot write the path");
+    }
+}
+
+/// What the recordings show against what was shown.
+struct Outcomes {
+    int flights = 0;
+    int notShown = 0;
+    int landings = 0;
+    int departures = 0;
+    std::map<std::string_view, int> reasons; ///< of those not shown
+    std::vector<std::string> withoutTouchdown;
+    std::vector<std::string> withoutLiftOff;
+
+    void add(const RecordedFlight& flight, const PlayedFlight& played, const Figures& own) {
+        ++flights;
+        landings += flight.landings;
+        departures += flight.departures;
+        if (!played.shown) {
+            ++notShown;
+            ++reasons[reasonText(played.lastReason)];
+        }
+        if (static_cast<int>(own.touchdowns.size()) < flight.landings) {
+            withoutTouchdown.push_back(
+                fmt::format("{} ({} of {})", flight.name, own.touchdowns.size(), flight.landings));
+        }
+        if (own.liftOffs < flight.departures) {
+            withoutLiftOff.push_back(
+                fmt::format("{} ({} of {})", flight.name, own.liftOffs, flight.departures));
+        }
+    }
+
+    void print() const {
+        fmt::print("{} flights, {} of them not shown; recorded landings {}, departures {}\n", flights,
+                   notShown, landings, departures);
+        for (const auto& [reason, count] : reasons) {
+            fmt::print("  not shown: {} ({})\n", reason, count);
+        }
+        for (const std::string& name : withoutTouchdown) {
+            fmt::print("  touchdown missing: {}\n", name);
+        }
+        for (const std::string& name : withoutLiftOff) {
+            fmt::print("  lift-off missing: {}\n", name);
+        }
+    }
+};
+
+void printLine(const RecordedFlight& flight, const PlayedFlight& played, Figures own) {
+    double p95 = 0.0;
+    double step = 0.0;
+    double below = 0.0;
+    int reversals = 0;
+    for (StageFigures& stage : own.stages) {
+        p95 = std::max(p95, tool::spreadOf(stage.fromLineM).p95);
+        step = std::max(step, stage.step.value);
+        below += stage.belowSeconds;
+        reversals += stage.reversals;
+    }
+    fmt::print(
+        "{:55} {} {:6} s, line 95 % {:7.1f} m, step {:5.2f}, below {:6.1f} s, reversals {}, down {}/{}, "
+        "up {}/{}, qnh {}, {}\n",
+        flight.name, flight.reports.front().type, played.flown.size() / 50, p95, step, below, reversals,
+        own.touchdowns.size(), flight.landings, own.liftOffs, flight.departures, flight.qnh,
+        reasonText(played.lastReason));
+}
+
+int run(const Options& options) {
+    std::vector<RecordedFlight> flights = readRecordings(options.tracks, test::sourceFolder() / "data");
+    std::erase_if(flights, [&](const RecordedFlight& flight) {
+        return flight.name.find(options.only) == std::string::npos;
+    });
+    Figures flown;
+    Figures naive;
+    Outcomes outcomes;
+    const RecordedFlight* worst = nullptr;
+    double worstBadness = -1.0;
+    for (const RecordedFlight& flight : flights) {
+        const PlayedFlight played = playFlight(flight);
+        flown.add(flight, played, played.flown);
+        naive.add(flight, played, played.naive);
+        Figures own;
+        own.add(flight, played, played.flown);
+        outcomes.add(flight, played, own);
+        if (options.list) {
+            printLine(flight, played, own);
+        }
+        if (played.shown && badness(own) > worstBadness) {
+            worstBadness = badness(own);
+            worst = &flight;
+        }
+    }
+    outcomes.print();
+    fmt::print("\n{}", tableOf(flown, naive));
+    if (worst != nullptr) {
+        fmt::print("\nworst flight: {}\n", worst->name);
+        const PlayedFlight played = playFlight(*worst);
+        if (!options.page.empty()) {
+            writePage(options.page, *worst, played);
+        }
+        if (!options.path.empty()) {
+            writePath(options.path, played);
+        }
+    }
+    return worst == nullptr ? 1 : 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        if (argc > 1 && std::string_view(argv[1]) == "--help") {
+            fmt::print("{}", helpText);
+            return 0;
+        }
+        return run(readOptions(argc, argv));
+    } catch (const std::exception& error) {
+        fmt::print(stderr, "bench_realism: {}\n", error.what());
+        return 2;
+    }
+}
