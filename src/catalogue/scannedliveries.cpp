@@ -16,10 +16,7 @@ std::vector<LiveryData> scannedLiveries;
 TitleSet dontUseTitles;
 
 void lf_sortLiveries(std::vector<LiveryData>& liveries) {
-    // A store that the program wrote is in order already.
-    if (!std::is_sorted(liveries.begin(), liveries.end())) {
-        std::stable_sort(liveries.begin(), liveries.end());
-    }
+    std::stable_sort(liveries.begin(), liveries.end());
 }
 
 bool lf_saveLiveries() {

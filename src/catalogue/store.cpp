@@ -83,20 +83,6 @@ void lf_readLiveries() {
     scannedLiveries.erase(std::unique(scannedLiveries.begin(), scannedLiveries.end()), scannedLiveries.end());
 }
 
-void gf_scanLiveries() {
-    if (SCAN_LIVERIES) {
-        if (LIG_AUTOMATIC) {
-            throw UserErrorException(
-                43, "Automatic scan has not found any liveries, switch off automatic and set "
-                    "lfolder parameter(-s), Manual 5.1");
-        }
-        throw UserErrorException(48,
-                                 "Set lfolder parameter(-s) to your liveries first, see Manual 5.1 (or check "
-                                 "Liveries automatic)");
-    }
-    gf_processScannedLiveries();
-}
-
 void gf_processScannedLiveries() {
     if (emptyingAsked.exchange(false)) {
         liveryTables() = {};

@@ -4,6 +4,7 @@
 #include "core/log.h"
 #include "platform/paths.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <fstream>
@@ -25,23 +26,6 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-void addLine(std::vector<std::string>& lines, std::string_view line) {
-    if (line.ends_with('\r')) {
-        line.remove_suffix(1);
-    }
-    lines.emplace_back(line);
-}
-
-std::vector<std::string> splitBytes(std::string_view content) {
-    std::vector<std::string> lines;
-    while (!content.empty()) {
-        const std::size_t end = content.find('\n');
-        addLine(lines, content.substr(0, end));
-        content.remove_prefix(end == std::string_view::npos ? content.size() : end + 1);
-    }
-    return lines;
-}
-
 /// Whole 16-bit units; half a unit at the end of a truncated file is dropped.
 std::u16string units(std::string_view content, bool bigEndian) {
     std::u16string result(content.size() / 2, u'\0');
@@ -53,22 +37,58 @@ std::u16string units(std::string_view content, bool bigEndian) {
     return result;
 }
 
-std::vector<std::string> splitUtf16(std::u16string_view text) {
+std::string textOfUtf16(std::u16string_view text) {
     constexpr char16_t byteOrderMark = 0xFEFF;
     if (text.starts_with(byteOrderMark)) {
         text.remove_prefix(1);
     }
-    std::vector<std::string> lines;
-    while (!text.empty()) {
-        const std::size_t end = text.find(u'\n');
-        try {
-            addLine(lines, utf8::utf16to8(text.substr(0, end)));
-        } catch (const utf8::exception& failure) {
-            throw ConversionError(fmt::format("{}{}", utf16Failure, failure.what()));
-        }
-        text.remove_prefix(end == std::u16string_view::npos ? text.size() : end + 1);
+    try {
+        return utf8::utf16to8(text);
+    } catch (const utf8::exception& failure) {
+        throw ConversionError(fmt::format("{}{}", utf16Failure, failure.what()));
     }
-    return lines;
+}
+
+TextEncoding encodingOf(std::string_view content) {
+    const std::string_view mark = content.substr(0, 2);
+    if (mark == "\xFF\xFE") {
+        return TextEncoding::Unicode;
+    }
+    if (mark == "\xFE\xFF") {
+        return TextEncoding::Unicode_big_endian;
+    }
+    return mark == "\xEF\xBB" ? TextEncoding::UTF8_with_BOM : TextEncoding::NoMark;
+}
+
+/// Turns the bytes of a file into one text of UTF-8, without its mark.
+void decodeText(std::string& content, TextEncoding encoding) {
+    switch (encoding) {
+    case TextEncoding::Unicode:
+    case TextEncoding::Unicode_big_endian:
+        content = textOfUtf16(units(content, encoding == TextEncoding::Unicode_big_endian));
+        break;
+    case TextEncoding::UTF8_with_BOM: {
+        // Three bytes of the first line are cut, whatever the third one is.
+        constexpr std::size_t markLength = 3;
+        content.erase(0, std::min(markLength, content.find('\n')));
+        break;
+    }
+    case TextEncoding::NoMark:
+    case TextEncoding::UTF8_without_BOM:
+    case TextEncoding::none_found:
+        break;
+    }
+}
+
+void logNotOpened(const std::filesystem::path& path, int error) {
+    logLine(fmt::format("cannot open file {} for character encoding, err: {}", platform::utf8FromPath(path),
+                        error));
+}
+
+/// Whether the file could not be opened at all, rather than not be read.
+bool couldNotOpen(const std::error_code& error) {
+    return error != std::errc::is_a_directory && error != std::errc::invalid_argument &&
+           error != std::errc::file_too_large && error != std::errc::io_error;
 }
 
 } // namespace
@@ -98,20 +118,12 @@ TextEncoding detectEncoding(const std::filesystem::path& path) {
     errno = 0;
     std::ifstream file(path, std::ios::binary);
     if (!file.is_open()) {
-        logLine(fmt::format("cannot open file {} for character encoding, err: {}",
-                            platform::utf8FromPath(path), errno));
+        logNotOpened(path, errno);
         return TextEncoding::none_found;
     }
     std::array<char, 2> mark{};
     file.read(mark.data(), mark.size());
-    const std::string_view found(mark.data(), static_cast<std::size_t>(file.gcount()));
-    if (found == "\xFF\xFE") {
-        return TextEncoding::Unicode;
-    }
-    if (found == "\xFE\xFF") {
-        return TextEncoding::Unicode_big_endian;
-    }
-    return found == "\xEF\xBB" ? TextEncoding::UTF8_with_BOM : TextEncoding::NoMark;
+    return encodingOf(std::string_view(mark.data(), static_cast<std::size_t>(file.gcount())));
 }
 
 std::error_code readFile(const std::filesystem::path& path, std::string& content, std::size_t largest) {
@@ -146,45 +158,70 @@ std::error_code readFile(const std::filesystem::path& path, std::string& content
 }
 
 std::vector<std::string> decodeTextLines(std::string_view content, TextEncoding encoding) {
-    switch (encoding) {
-    case TextEncoding::Unicode:
-    case TextEncoding::Unicode_big_endian:
-        return splitUtf16(units(content, encoding == TextEncoding::Unicode_big_endian));
-    case TextEncoding::UTF8_with_BOM: {
-        constexpr std::size_t markLength = 3;
-        std::vector<std::string> lines = splitBytes(content);
-        if (!lines.empty()) {
-            lines.front().erase(0, markLength);
-        }
-        return lines;
+    std::string text(content);
+    const bool utf8WithMark = encoding == TextEncoding::UTF8_with_BOM && !text.empty();
+    decodeText(text, encoding);
+    std::vector<std::string> lines;
+    std::string_view rest = text;
+    while (!rest.empty()) {
+        lines.emplace_back(takeTextLine(rest));
     }
-    case TextEncoding::NoMark:
-    case TextEncoding::UTF8_without_BOM:
-    case TextEncoding::none_found:
-        break;
+    if (utf8WithMark && lines.empty()) {
+        lines.emplace_back();
     }
-    return splitBytes(content);
+    return lines;
 }
 
-bool gf_readExtTextFileToStringVector(const std::filesystem::path& path, std::vector<std::string>& lines) {
-    lines.clear();
+std::string_view takeTextLine(std::string_view& rest) {
+    const std::size_t end = rest.find('\n');
+    std::string_view line = rest.substr(0, end);
+    rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+    if (line.ends_with('\r')) {
+        line.remove_suffix(1);
+    }
+    return line;
+}
+
+namespace {
+
+/// Reads the bytes of a text file and runs `decode` on them; says on the screen or in the log what failed.
+template <class Decode>
+TextRead readText(const std::filesystem::path& path, Decode decode) {
     try {
-        const TextEncoding encoding = detectEncoding(path);
-        if (encoding == TextEncoding::none_found) {
-            return false;
-        }
         std::string content;
         if (const std::error_code error = readFile(path, content, largestTextFile)) {
+            if (couldNotOpen(error)) {
+                logNotOpened(path, error.value());
+                return TextRead::NotOpened;
+            }
             throw std::runtime_error(fmt::format("{}: {}", platform::utf8FromPath(path), error.message()));
         }
-        lines = decodeTextLines(content, encoding);
-        return true;
+        const TextEncoding encoding = encodingOf(content);
+        decode(std::move(content), encoding);
+        return TextRead::Done;
     } catch (const ConversionError& failure) {
         showMessage(failure.what(), true);
     } catch (const std::exception& failure) {
         logLine(fmt::format("gf_readExtTextFileToStringVector {}", failure.what()));
     }
-    return false;
+    return TextRead::Failed;
+}
+
+} // namespace
+
+TextRead readTextFile(const std::filesystem::path& path, std::string& text) {
+    text.clear();
+    return readText(path, [&](std::string content, TextEncoding encoding) {
+        decodeText(content, encoding);
+        text = std::move(content);
+    });
+}
+
+bool gf_readExtTextFileToStringVector(const std::filesystem::path& path, std::vector<std::string>& lines) {
+    lines.clear();
+    return readText(path, [&](const std::string& content, TextEncoding encoding) {
+               lines = decodeTextLines(content, encoding);
+           }) == TextRead::Done;
 }
 
 bool writeTextFile(std::string_view text, const std::filesystem::path& path, bool newline) {

@@ -45,6 +45,13 @@ TextEncoding detectEncoding(const std::filesystem::path& path);
 /// without their line ends. Returns false on failure, which is logged or shown. `lines` is replaced.
 bool gf_readExtTextFileToStringVector(const std::filesystem::path& path, std::vector<std::string>& lines);
 
+enum class TextRead { Done, NotOpened, Failed };
+/// The same, but as one text whose lines `takeTextLine` takes off: nothing is copied a second time. `text` is
+/// replaced, and empty on failure.
+TextRead readTextFile(const std::filesystem::path& path, std::string& text);
+/// Takes the next line off a text that is not empty: without its line end, a view into `rest`.
+std::string_view takeTextLine(std::string_view& rest);
+
 /// The decoding itself, for a file's content in memory. Throws std::runtime_error where UTF-16 cannot be
 /// converted.
 std::vector<std::string> decodeTextLines(std::string_view content, TextEncoding encoding);

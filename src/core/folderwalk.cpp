@@ -2,16 +2,18 @@
 
 #include "core/runstate.h"
 #include "platform/folderidentity.h"
+#include "platform/paths.h"
 
 #include <algorithm>
 #include <set>
-#include <vector>
 
 namespace kst {
 
 namespace {
 
 namespace fs = std::filesystem;
+using platform::EntryKind;
+using platform::FolderEntry;
 
 class Walker {
 public:
@@ -22,37 +24,37 @@ public:
         if (identity && !seen_.insert(*identity).second) {
             return;
         }
-        for (const fs::directory_entry& entry : sortedEntries(folder)) {
+        for (const FolderEntry& entry : entriesToVisit(folder)) {
             if (stopAsked()) {
                 return;
             }
-            std::error_code gone;
-            if (entry.is_directory(gone)) {
-                if (!walk_.enter || walk_.enter(entry.path())) {
-                    visit(entry.path());
-                }
-            } else if (entry.is_regular_file(gone) && walk_.file) {
-                walk_.file(entry.path());
+            const fs::path path = folder / platform::pathFromUtf8(entry.name);
+            if (entry.kind == EntryKind::File) {
+                walk_.file(path);
+            } else if (!walk_.enter || walk_.enter(path)) {
+                visit(path);
             }
         }
     }
 
 private:
-    std::vector<fs::directory_entry> sortedEntries(const fs::path& folder) const {
-        std::vector<fs::directory_entry> entries;
-        std::error_code error;
-        for (fs::directory_iterator entry(folder, error); !error && entry != fs::directory_iterator{};
-             entry.increment(error)) {
-            entries.push_back(*entry);
-            if (stopAsked()) {
-                break;
-            }
-        }
+    bool isToVisit(const FolderEntry& entry) const {
+        return entry.kind == EntryKind::Folder ||
+               (entry.kind == EntryKind::File && walk_.file && (!walk_.wants || walk_.wants(entry.name)));
+    }
+
+    std::vector<FolderEntry> entriesToVisit(const fs::path& folder) const {
+        std::vector<FolderEntry> entries;
+        const std::error_code error = platform::listFolder(folder, entries);
         if (error && walk_.unreadable) {
             walk_.unreadable(folder, error);
         }
+        if (walk_.listed) {
+            walk_.listed(folder, entries);
+        }
+        std::erase_if(entries, [this](const FolderEntry& entry) { return !isToVisit(entry); });
         std::sort(entries.begin(), entries.end(),
-                  [](const auto& a, const auto& b) { return a.path().native() < b.path().native(); });
+                  [](const FolderEntry& a, const FolderEntry& b) { return a.name < b.name; });
         return entries;
     }
 

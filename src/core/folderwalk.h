@@ -4,9 +4,13 @@
 // through links but never in a circle, past what cannot be read, and at its end at once when an exit is asked
 // for.
 
+#include "platform/folderlisting.h"
+
 #include <filesystem>
 #include <functional>
+#include <string>
 #include <system_error>
+#include <vector>
 
 namespace kst {
 
@@ -15,7 +19,14 @@ struct FolderWalk {
     /// Asked before each folder below the first; false leaves it out with all that is in it. Unset enters
     /// all.
     std::function<bool(const std::filesystem::path& folder)> enter;
-    /// Each regular file, links to files included.
+    /// All entries of a folder, in no particular order, before any of them is visited.
+    std::function<void(const std::filesystem::path& folder,
+                       const std::vector<platform::FolderEntry>& entries)>
+        listed;
+    /// Asked for each file with its name (UTF-8): false passes over it. Unset wants all. Saves the making of
+    /// a path where few of very many files count.
+    std::function<bool(const std::string& name)> wants;
+    /// Each regular file that is wanted, links to files included.
     std::function<void(const std::filesystem::path& file)> file;
     /// A folder whose entries cannot be listed, or not all of them. Unset passes over it in silence.
     std::function<void(const std::filesystem::path& folder, const std::error_code& error)> unreadable;

@@ -1,31 +1,13 @@
+#include "platform/filenames.h"
 #include "platform/paths.h"
 
 #include <algorithm>
 #include <optional>
 #include <vector>
 
-#include <utf8.h>
-
 namespace kst::platform {
 
 namespace {
-
-/// Lower case of the letters that folder and file names of this field use: Latin, Greek, Cyrillic.
-char32_t lowerCase(char32_t c) {
-    const auto within = [c](char32_t first, char32_t last) { return c >= first && c <= last; };
-    constexpr char32_t multiplicationSign = 0xD7;
-    if (within('A', 'Z') || (within(0xC0, 0xDE) && c != multiplicationSign) || within(0x391, 0x3A9) ||
-        within(0x410, 0x42F)) {
-        return c + 32;
-    }
-    return within(0x400, 0x40F) ? c + 80 : c;
-}
-
-std::u32string folded(const std::string& name) {
-    std::u32string letters = utf8::utf8to32(utf8::replace_invalid(name));
-    std::transform(letters.begin(), letters.end(), letters.begin(), lowerCase);
-    return letters;
-}
 
 /// The names in the folder that are `name` but for their case, in order; `name` itself first if it exists.
 std::vector<std::filesystem::path> namesLike(const std::filesystem::path& folder,
@@ -36,11 +18,11 @@ std::vector<std::filesystem::path> namesLike(const std::filesystem::path& folder
         names.push_back(name);
     }
     const std::size_t exact = names.size();
-    const std::u32string wanted = folded(name.string());
+    const std::string wanted = foldedName(name.native());
     std::filesystem::directory_iterator entry(folder.empty() ? "." : folder, error);
     while (!error && entry != std::filesystem::directory_iterator{}) {
         const std::filesystem::path found = entry->path().filename();
-        if (found != name && folded(found.string()) == wanted) {
+        if (found != name && foldedName(found.native()) == wanted) {
             names.push_back(found);
         }
         entry.increment(error);
