@@ -125,6 +125,11 @@ void leaveStand(LiveAc& ac) {
     } else {
         lf_pushBack(ac);
     }
+    if (ac.phase == AcPhase::Parked) {
+        // Its stand is gone, nobody pushes it: it stays, and does not drive off with its nose turned round.
+        ac.moveOffSeen = false;
+        ac.track.resize(1);
+    }
 }
 
 /// Fits the rate of turn to the time of the leg: a short leg turns faster, a long one slower.
@@ -198,6 +203,9 @@ void nextPosGround(LiveAc& ac) {
         break;
     case AcPhase::Parked:
         leaveStand(ac);
+        if (ac.track.size() < 2) {
+            return;
+        }
         break;
     case AcPhase::Taxi:
     case AcPhase::TakeOff:

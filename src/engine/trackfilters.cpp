@@ -21,6 +21,11 @@ constexpr double behindDeg = 150.0;
 
 constexpr double landingTaxiKt = 40.0;
 
+// A position of a waiting aircraft that is not believed.
+constexpr double waitingKt = 8.0;
+constexpr double waitingNm = 25.0 * nmPerMetre;
+constexpr double turnedRoundDeg = 120.0;
+
 bool samePlace(const TrackPoint& a, const TrackPoint& b) {
     return a.position() == b.position();
 }
@@ -33,6 +38,29 @@ bool nearlySamePlace(const TrackPoint& a, const TrackPoint& b) {
 double offNoseDeg(const LiveAc& ac, const TrackPoint& from, const TrackPoint& to) {
     const double bearing = gf_bearing(from.position(), to.position());
     return std::abs(gf_angleDiff(ac.simState.heading, bearing)) * degPerRad;
+}
+
+/// The way the aircraft comes along at the end of its track.
+double headingAtEnd(const LiveAc& ac) {
+    const TrackPoint& last = ac.track.back();
+    for (auto before = ac.track.rbegin() + 1; before != ac.track.rend(); ++before) {
+        if (!samePlace(*before, last)) {
+            return gf_bearing(before->position(), last.position());
+        }
+    }
+    return ac.simState.heading;
+}
+
+/// A taxiing aircraft does not turn round on the spot. A slow position close behind it is the feed's jitter:
+/// an aircraft that waits is often reported in turn at two places some 20 m apart.
+bool turnsOnTheSpot(const LiveAc& ac, const TrackPoint& msg) {
+    if (ac.state != AcState::Live || !ac.onGround || ac.phase != AcPhase::Taxi || ac.departing ||
+        msg.gsKt > waitingKt) {
+        return false;
+    }
+    const TrackPoint& last = ac.track.back();
+    const double turn = std::abs(gf_angleDiff(headingAtEnd(ac), gf_bearing(last.position(), msg.position())));
+    return turn * degPerRad > turnedRoundDeg && gf_distanceNm(last.position(), msg.position()) < waitingNm;
 }
 
 bool takeStandstill(const LiveAc& ac, TrackPoint& msg, bool flying) {
@@ -98,7 +126,7 @@ bool lf_filterPosition(const LiveAc& ac, TrackPoint& msg) {
     if (msg.stationary) {
         return takeStandstill(ac, msg, flying);
     }
-    if (nearlySamePlace(msg, last)) {
+    if (nearlySamePlace(msg, last) || turnsOnTheSpot(ac, msg)) {
         return takeJitter(ac, msg, flying);
     }
     const bool moves = msg.gsKt != 0.0 || (!ac.departing && !msg.airborne);

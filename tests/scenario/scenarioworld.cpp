@@ -13,6 +13,7 @@
 #include "engine/tables.h"
 #include "feed/readers.h"
 #include "feed/trafficreader.h"
+#include "parking/stands.h"
 #include "simlink/session.h"
 #include "support/places.h"
 
@@ -39,20 +40,28 @@ Category categoryOf(const std::string& name) {
     return Category::Light;
 }
 
-/// Every type of the project's own list, with a title each.
-void fillCatalogue() {
-    std::ifstream file(sourceFolder() / "data/types.csv");
-    std::vector<ReferenceModel> models;
+/// The lines of a table of the project's data, without its heading.
+std::vector<std::vector<std::string>> tableOf(const std::string& name) {
+    std::ifstream file(sourceFolder() / "data" / name);
+    std::vector<std::vector<std::string>> table;
     std::string line;
     std::getline(file, line);
-    resetMatching();
     while (std::getline(file, line)) {
-        std::vector<std::string> fields;
+        std::vector<std::string>& fields = table.emplace_back();
         for (std::size_t begin = 0; begin <= line.size();) {
             const std::size_t comma = std::min(line.find(',', begin), line.size());
             fields.push_back(line.substr(begin, comma - begin));
             begin = comma + 1;
         }
+    }
+    return table;
+}
+
+/// Every type of the project's own list, with a title each.
+void fillCatalogue() {
+    std::vector<ReferenceModel> models;
+    resetMatching();
+    for (const std::vector<std::string>& fields : tableOf("types.csv")) {
         models.push_back({fields[0], categoryOf(fields[1]), fields[2].empty() ? 0.0 : std::stod(fields[2])});
         addLiveryTitle("ZZZ", fields[0], "Test " + fields[0]);
     }
@@ -64,6 +73,7 @@ void resetProgram() {
         parameter->setDefault();
     }
     resetForNextRun(false);
+    clearLoadedAirport();
     setParkAirport(std::nullopt);
     exitRequested = false;
     exitReason = ExitReason::NotYetSet;
@@ -127,6 +137,22 @@ void ScenarioWorld::openAirport(const std::string& code, LatLon position, double
     world_.terrain().addAirport(position.lat, position.lon, elevationFt);
     setParkAirport(ParkAirportFacts{code, code, position, elevationFt});
     setFieldElevation(elevationFt);
+}
+
+void ScenarioWorld::loadStands(const std::string& code) {
+    std::vector<ParkPos> stands;
+    for (const std::vector<std::string>& fields : tableOf("stands/" + code + ".csv")) {
+        ParkPos& stand = stands.emplace_back();
+        stand.id = fields[0];
+        stand.latitude = std::stod(fields[1]);
+        stand.longitude = std::stod(fields[2]);
+        stand.heading = std::stod(fields[3]) * radPerDeg;
+        stand.radius = std::stod(fields[4]) * nmPerMetre;
+        stand.ramp = fields[5] == "ramp";
+        stand.heli = fields[5] == "heli";
+    }
+    numberStands(stands);
+    parkPositions() = std::move(stands);
 }
 
 void ScenarioWorld::feed(std::unique_ptr<standin::TrafficSource> source) {

@@ -39,6 +39,8 @@ public:
 
     /// Makes the airport the park airport and lays its flat ground.
     void openAirport(const std::string& code, LatLon position, double elevationFt);
+    /// Gives the park airport the stands of data/stands/<code>.csv.
+    void loadStands(const std::string& code);
     /// Traffic from now on comes from this source, beginning now.
     void feed(std::unique_ptr<standin::TrafficSource> source);
     /// Reports that a filter refuses are not sent. Empty: all are.
