@@ -19,7 +19,7 @@ struct Parking {
     float headingDeg = 90.0F;
     double lat = 47.0;
     double lon = 8.0;
-    std::vector<std::string> airlines; ///< at most 255 codes of up to 4 characters
+    std::vector<std::string> airlines{}; ///< at most 255 codes of up to 4 characters
 };
 
 struct Helipad {

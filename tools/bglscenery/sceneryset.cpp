@@ -46,7 +46,7 @@ Airport badValues() {
     Airport airport;
     airport.elevationMm = 3100000;
     airport.names = {"One name", "Another name"};
-    airport.helipads = {{47.0, 8.0, noNumber, 0.0F}, {47.0, 8.0, 20.0F, 0.0F}, {91.0, 8.0, 20.0F, 0.0F}};
+    airport.helipads = {{47.0, 8.0, noNumber, 0.0F}, {47.0, 8.0, 20.0F, 0.0F}, {-91.0, 8.0, 20.0F, 0.0F}};
     unsigned number = 0;
     for (const float radius : {1.0F, 200.0F, -5.0F, noNumber}) {
         airport.parkings.push_back({10, ++number, 9, radius, 90.0F, 47.0, 8.0, {}});
