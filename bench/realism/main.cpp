@@ -82,7 +82,8 @@ void writePage(const std::filesystem::path& file, const RecordedFlight& flight, 
 void writePath(const std::filesystem::path& file, const PlayedFlight& played) {
     constexpr std::size_t every = 5;
     std::ofstream out(file, std::ios::binary);
-    out << "at,lat,lon,alt_ft,wheels_ft,pitch_deg,bank_deg,heading_deg,speed_kt,from_line_m,lag_s,stage,on_"
+    out << "at,lat,lon,alt_ft,wheels_ft,pitch_deg,bank_deg,heading_deg,speed_kt,from_line_m,lag_s,lead_limit_"
+           "s,lag_limit_s,stage,on_"
            "ground,"
            "coasting\n";
     for (std::size_t i = 0; i < played.flown.size(); i += every) {
@@ -90,10 +91,11 @@ void writePath(const std::filesystem::path& file, const PlayedFlight& played) {
         const auto place =
             tool::placeOnLine(played.line, {sample.at, sample.position, sample.altFt, 0.0, sample.onGround});
         out << fmt::format(
-            "{:.2f},{:.6f},{:.6f},{:.1f},{:.1f},{:.2f},{:.2f},{:.2f},{:.1f},{:.1f},{:.2f},{},{:d},{:d}\n",
+            "{:.2f},{:.6f},{:.6f},{:.1f},{:.1f},{:.2f},{:.2f},{:.2f},{:.1f},{:.1f},{:.2f},{:.1f},{:.1f},{},{:"
+            "d},{:d}\n",
             sample.at, sample.position.lat, sample.position.lon, sample.altFt, sample.wheelsFt,
             sample.pitch * degPerRad, sample.bank * degPerRad, sample.heading * degPerRad, sample.speedKt,
-            place ? place->distanceM : -1.0, place ? place->lagS : 0.0,
+            place ? place->distanceM : -1.0, place ? place->lagS : 0.0, sample.leadLimitS, sample.lagLimitS,
             stageNames[static_cast<std::size_t>(sample.stage)], sample.onGround, sample.coasting);
     }
     if (!out.flush()) {

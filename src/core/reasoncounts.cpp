@@ -32,6 +32,7 @@ constexpr std::array<std::string_view, reasonCount> reasonTexts = {
     "aircraft is leaving",
     "too soon after the last position",
     "speed not plausible",
+    "place or altitude not plausible",
     "straight track thinned",
     "altitude of the field in the buffer",
     "ghost of a present target",

@@ -1,6 +1,7 @@
 #include "engine/feedintake.h"
 
 #include "catalogue/reference.h"
+#include "core/geodesy.h"
 #include "core/parameters.h"
 #include "core/parkairport.h"
 #include "core/random.h"
@@ -28,6 +29,15 @@ constexpr double slowKt = 5.0;
 constexpr double flyingKt = 80.0;
 constexpr double implausibleFactor = 10.0;
 
+// How far a moving target may be from its last point: what twice its speed and a tail wind explain, and what
+// positions are wrong by. Its altitude, both in the air, likewise. The longer nothing was believed, the more
+// is; a target that stays elsewhere runs out of points and begins anew there.
+constexpr double mostSpeeds = 2.0;
+constexpr double windKt = 100.0;
+constexpr double placeSlackNm = 0.3;
+constexpr double mostFtPerSecond = 250.0;
+constexpr double altitudeSlackFt = 1000.0;
+
 // Straight and fast, a point each 450 m is enough; straight on a taxiway, one each 20 m.
 constexpr double fastKt = 120.0;
 constexpr double straightAirDeg = 1.0;
@@ -36,6 +46,8 @@ constexpr double taxiKt = 30.0;
 constexpr double straightTaxiDeg = 2.0;
 constexpr double straightTaxiM = 20.0;
 constexpr double longestTaxiGapS = 15.0;
+
+constexpr double secondsPerHour = 3600.0;
 
 constexpr double gateCeilingFt = 10000.0;
 constexpr double gateBandFt = 120.0;
@@ -65,13 +77,31 @@ bool speedImplausible(double before, double now) {
            (now <= slowKt && before >= flyingKt);
 }
 
+/// Whether no flight leads from the last point of the track to where the record has the target. Aircraft on
+/// stands have their own rules for positions that are far off.
+bool placeImplausible(const FeedMessage& rec, const LiveAc& ac, double intervalS) {
+    const bool moving = ac.phase == AcPhase::Unknown || ac.phase == AcPhase::Taxi ||
+                        ac.phase == AcPhase::TakeOff || ac.phase == AcPhase::Air;
+    if (!moving || ac.holding) {
+        return false;
+    }
+    const TrackPoint& last = ac.track.back();
+    const double speedKt = mostSpeeds * std::max(rec.groundSpeed, last.gsKt) + windKt;
+    const double reachNm = placeSlackNm + speedKt * intervalS / secondsPerHour;
+    if (gf_distanceNm(last.position(), {rec.latitude, rec.longitude}) > reachNm) {
+        return true;
+    }
+    return rec.airborne && last.airborne &&
+           std::abs(rec.altitude - last.altFt) > altitudeSlackFt + mostFtPerSecond * intervalS;
+}
+
 /// Degrees between two tracks over ground, 0 to 180.
 double trackDifference(double a, double b) {
     return std::abs(std::remainder(a - b, 360.0));
 }
 
 double secondsToCover(double metres, double gsKt) {
-    return metres / (gsKt * metresPerNm / 3600.0);
+    return metres / (gsKt * metresPerNm / secondsPerHour);
 }
 
 bool straightAndSoon(const FeedMessage& rec, const TrackPoint& last, double intervalS) {
@@ -104,7 +134,7 @@ Reason uselessForTrack(const FeedMessage& rec, const LiveAc& ac) {
     if (ac.reckonLeft < 1 && straightAndSoon(rec, last, intervalS)) {
         return Reason::StraightTrackThinned;
     }
-    return Reason::None;
+    return placeImplausible(rec, ac, intervalS) ? Reason::PlaceImplausible : Reason::None;
 }
 
 bool sizeClassShown(Category category) {

@@ -163,7 +163,7 @@ void liveryRespawn(LiveAc& ac) {
         front.stationary = front.position() == ac.simState.position();
     }
     here.dueTick = updateCount.load(std::memory_order_relaxed) + 1;
-    ac.track.push_front(here);
+    ac.track.insert(ac.track.begin(), here);
     ac.state = AcState::Respawning;
     ac.respawnHeading = ac.simState.heading;
     noteReason(ac, Reason::RespawnForIdentity);

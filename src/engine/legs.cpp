@@ -121,7 +121,12 @@ void nextPos(LiveAc& ac) {
         }
     }
     keepRatesFinite(ac);
-    ac.track.pop_front();
+    if (!ac.track[1].stationary) {
+        // The next leg waits for this one to be flown, also where its end was due already: begun earlier, it
+        // would cover in its own short time what this one left over.
+        ac.track[1].dueTick = laterTick(presentTick(), lf_stepsToNext(ac));
+    }
+    ac.track.erase(ac.track.begin());
 }
 
 void aimAtSecond(LiveAc& ac) {

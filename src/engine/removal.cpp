@@ -55,7 +55,7 @@ void holdTarget(LiveAc& ac, Reason reason) {
     if (ac.reason != reason) {
         noteReason(ac, reason);
     }
-    ac.track.pop_front();
+    ac.track.erase(ac.track.begin());
 }
 
 void releaseStand(const LiveAc& ac) {

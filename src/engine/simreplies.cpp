@@ -68,6 +68,7 @@ void applyHeightReport(const SimCommand& command) {
         lf_touchDown(*ac);
     }
     ac->heightAgl = command.value2;
+    ac->groundAltFt = command.value1;
     const bool rotating = ac->groundCountdown >= 2;
     if (ac->onGround || rotating) {
         ac->simState.altFt = ac->cgHeightFt + command.value1;

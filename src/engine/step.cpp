@@ -17,6 +17,8 @@ namespace {
 constexpr double headingTolerance = 0.5 * radPerDeg;
 constexpr double furthestProgress = 0.999999;
 constexpr double flareAglFt = 400.0;
+/// Low enough that the simulator notices the contact.
+constexpr double wheelsPressedFt = 0.3;
 
 /// Turns towards a heading by the rate of the leg, the short way, and never past it.
 void turnTowards(LiveAc& ac, double heading) {
@@ -79,6 +81,13 @@ void stepFlarePitch(LiveAc& ac) {
                                         : std::min(pitch, std::max(flarePitch, ac.simState.pitch));
 }
 
+/// An aircraft that sinks faster than its ground contact is reported waits for the report on its wheels.
+void stayAboveGround(LiveAc& ac) {
+    if (!ac.onGround && ac.dAlt < 0.0 && ac.groundAltFt && ac.heightAgl <= flareAglFt) {
+        ac.simState.altFt = std::max(ac.simState.altFt, *ac.groundAltFt + ac.cgHeightFt - wheelsPressedFt);
+    }
+}
+
 void stepVertically(LiveAc& ac) {
     if (ac.heightAgl <= flareAglFt && ac.landing && !ac.onGround) {
         lf_flare(ac);
@@ -100,6 +109,7 @@ void stepVertically(LiveAc& ac) {
     }
     sim.bank += ac.dBank;
     sim.altFt += ac.dAlt;
+    stayAboveGround(ac);
 }
 
 } // namespace

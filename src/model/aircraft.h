@@ -9,11 +9,11 @@
 #include "model/units.h"
 
 #include <cstdint>
-#include <deque>
 #include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kst {
 
@@ -122,9 +122,11 @@ struct AcBase {
 /// One real target, from its first message until it has left the simulator.
 struct LiveAc : AcBase {
     SimState simState;
-    std::deque<TrackPoint> track; ///< front: the point being left; second: the point flown to
-    double lastMsgTime = 0.0;     ///< feed time of the last accepted record, seconds since 1970
-    double checkedLat = 0.0;      ///< position at the last collision check against static aircraft
+    /// Front: the point being left; second: the point flown to. Contiguous, so that a flight which takes a
+    /// point in for each one that it leaves allocates nothing.
+    std::vector<TrackPoint> track;
+    double lastMsgTime = 0.0; ///< feed time of the last accepted record, seconds since 1970
+    double checkedLat = 0.0;  ///< position at the last collision check against static aircraft
     double checkedLon = 0.0;
     std::int64_t parkedSince = 0; ///< system clock, 100 ns units
     std::int32_t reckonLeft = 0;  ///< dead-reckoned points still allowed; 0 none running, -1 used up
@@ -159,9 +161,10 @@ struct LiveAc : AcBase {
     std::int32_t maxLagTicks = 1000;  ///< and behind it
     int groundCountdown = 1;          ///< rotation countdown in `TakeOff`, 1 otherwise
     int pushStep = 0;
-    int awayCount = 0;          ///< consecutive feed positions that moved away from a stand
-    double targetHeading = 0.0; ///< heading to turn to on the ground, radians
-    double heightAgl = 2500.0;  ///< feet, as the simulator reports it below 2500
+    int awayCount = 0;                 ///< consecutive feed positions that moved away from a stand
+    double targetHeading = 0.0;        ///< heading to turn to on the ground, radians
+    double heightAgl = 2500.0;         ///< feet, as the simulator reports it below 2500
+    std::optional<double> groundAltFt; ///< of the ground below, from the same report
     double heightFlare = 0.0;
     double touchdownHeading = 0.0;
     double moveOffRef = 0.0;

@@ -33,6 +33,7 @@ enum class Reason : int {
     AircraftLeaving,
     RecordTooSoon,
     SpeedImplausible,
+    PlaceImplausible,
     StraightTrackThinned,
     AltitudeGate,
     GhostOfPresentTarget,

@@ -23,8 +23,8 @@ constexpr std::int32_t airLead = 100;
 constexpr std::int32_t rollingLead = 300;
 
 /// A flight of `count` points, 500 ticks and 5 km apart.
-std::deque<TrackPoint> flight(std::size_t count, LatLon from = place, double altFt = 6000.0) {
-    std::deque<TrackPoint> points;
+std::vector<TrackPoint> flight(std::size_t count, LatLon from = place, double altFt = 6000.0) {
+    std::vector<TrackPoint> points;
     for (std::size_t i = 0; i < count; ++i) {
         points.push_back(airPoint(offset(from, 90.0, 5000.0 * static_cast<double>(i)), altFt, 250.0,
                                   due + 500 * static_cast<std::int32_t>(i)));
@@ -33,8 +33,8 @@ std::deque<TrackPoint> flight(std::size_t count, LatLon from = place, double alt
 }
 
 /// The same on the ground, 50 m apart.
-std::deque<TrackPoint> taxi(std::size_t count, double gsKt, LatLon from = place) {
-    std::deque<TrackPoint> points;
+std::vector<TrackPoint> taxi(std::size_t count, double gsKt, LatLon from = place) {
+    std::vector<TrackPoint> points;
     for (std::size_t i = 0; i < count; ++i) {
         points.push_back(groundPoint(offset(from, 90.0, 50.0 * static_cast<double>(i)), gsKt,
                                      due + 500 * static_cast<std::int32_t>(i)));
@@ -46,7 +46,7 @@ class Buffering : public ::testing::Test {
 protected:
     Buffering() { world.placeUser(offset(place, 0.0, 100000.0), true); }
 
-    LiveAc& addBuffered(std::deque<TrackPoint> points, std::string_view callsign = "SWR100",
+    LiveAc& addBuffered(std::vector<TrackPoint> points, std::string_view callsign = "SWR100",
                         std::string_view type = "A320") {
         return world.addLive(callsign, AcState::Buffered, AcPhase::Unknown, std::move(points), type);
     }
@@ -56,7 +56,7 @@ protected:
 
 struct LeadCase {
     const char* name;
-    std::deque<TrackPoint> points;
+    std::vector<TrackPoint> points;
     std::int32_t lead;
 };
 
@@ -100,8 +100,8 @@ TEST_F(Buffering, SilentTargetWithMorePointsEnters) {
 }
 
 TEST_F(Buffering, TakeOffInTheBufferEntersInTheAir) {
-    std::deque<TrackPoint> points = flight(3);
-    points.push_front(groundPoint(offset(place, 270.0, 2000.0), 140.0, due - 500));
+    std::vector<TrackPoint> points = flight(3);
+    points.insert(points.begin(), groundPoint(offset(place, 270.0, 2000.0), 140.0, due - 500));
     LiveAc& ac = addBuffered(points);
     world.setTick(due - 500);
     updateBufferAc(ac);
@@ -440,7 +440,7 @@ TEST_F(Buffering, RealTargetDrivesItsGhostOut) {
 }
 
 TEST_F(Buffering, FirstStateInFlightIsThatOfTheFrontPoint) {
-    std::deque<TrackPoint> points = flight(3);
+    std::vector<TrackPoint> points = flight(3);
     points.front().vsFpm = 1200.0;
     points.front().roll = -0.2;
     points.front().tasKt = 290.0;
@@ -460,7 +460,7 @@ TEST_F(Buffering, FirstStateInFlightIsThatOfTheFrontPoint) {
 }
 
 TEST_F(Buffering, StandingAircraftLooksWhereItsTrackPoints) {
-    std::deque<TrackPoint> points = taxi(3, 4.0);
+    std::vector<TrackPoint> points = taxi(3, 4.0);
     for (TrackPoint& point : points) {
         point.lat = place.lat;
         point.lon = place.lon;

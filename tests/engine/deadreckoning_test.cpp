@@ -111,7 +111,7 @@ TEST_F(DeadReckoning, SilentApproachDescendsToTheGroundAndKeepsItsLastSpeed) {
     EXPECT_NEAR(ac.track.back().altFt, 100.0 - 80.04, 1e-9);
     EXPECT_TRUE(ac.track.back().airborne);
     EXPECT_EQ(ac.track.back().vsFpm, -667.0);
-    ac.track.pop_front();
+    ac.track.erase(ac.track.begin());
     lf_deadReckon(ac, 3);
     EXPECT_NEAR(ac.track.back().gsKt, 180.0, 1e-9);
     EXPECT_EQ(ac.track.back().altFt, 0.0);

@@ -253,7 +253,7 @@ TEST_F(FeedIntake, NoiseAndStraightTracksAreThinned) {
         ASSERT_EQ(liveAcs.size(), 1U);
         LiveAc& ac = liveAcs.front();
         ac.reckonLeft = entry.reckonLeft;
-        hear({.position = offset({47.6, 8.3}, 90.0, 900.0),
+        hear({.position = offset({47.6, 8.3}, 90.0, 400.0),
               .gsKt = entry.gs,
               .trackDeg = entry.track,
               .timeS = 1000.0 + entry.afterS,
@@ -266,6 +266,38 @@ TEST_F(FeedIntake, NoiseAndStraightTracksAreThinned) {
             EXPECT_EQ(reasonTotal(entry.dropped), 1U);
             EXPECT_EQ(ac.reason, entry.dropped);
         }
+    }
+}
+
+TEST_F(FeedIntake, PlacesThatNoFlightReachesAreDroppedUntilTheTargetStaysThere) {
+    struct Case {
+        const char* name;
+        double metres, altFt, afterS;
+        AcPhase phase;
+        bool taken;
+    };
+    const Case cases[] = {
+        {"flies on", 1300, 6000, 10, AcPhase::Air, true},
+        {"flies on with a strong wind behind it", 2500, 6000, 10, AcPhase::Air, true},
+        {"jumps 20 km", 20000, 6000, 10, AcPhase::Air, false},
+        {"jumps 20 km before it enters", 20000, 6000, 10, AcPhase::Unknown, false},
+        {"is there still two minutes later", 20000, 6000, 120, AcPhase::Air, true},
+        {"stood on a stand, where other rules hold", 20000, 6000, 10, AcPhase::AfterPush, true},
+        {"dives", 1300, 3000, 10, AcPhase::Air, true},
+        {"loses 5,900 ft", 1300, 100, 10, AcPhase::Air, false},
+        {"gains 30,000 ft", 1300, 36000, 10, AcPhase::Air, false},
+    };
+    for (const Case& entry : cases) {
+        SCOPED_TRACE(entry.name);
+        resetEngine(false);
+        resetCounts();
+        hear({});
+        liveAcs.front().phase = entry.phase;
+        hear({.position = offset({47.6, 8.3}, 90.0, entry.metres),
+              .altFt = entry.altFt,
+              .trackDeg = 180.0,
+              .timeS = 1000.0 + entry.afterS});
+        EXPECT_EQ(reasonTotal(Reason::PlaceImplausible), entry.taken ? 0U : 1U);
     }
 }
 
@@ -285,7 +317,7 @@ TEST_F(FeedIntake, AltitudeGateHoldsOnlyWhileBuffered) {
     world.openAirport(2950.0);
     hear({.altFt = 6000.0});
     const Sighting atField{
-        .position = offset({47.6, 8.3}, 90.0, 5000.0), .altFt = 3000.0, .trackDeg = 180.0, .timeS = 1010.0};
+        .position = offset({47.6, 8.3}, 90.0, 1200.0), .altFt = 3000.0, .trackDeg = 180.0, .timeS = 1010.0};
     hear(atField);
     EXPECT_EQ(liveAcs.front().track.size(), 1U);
     EXPECT_EQ(reasonTotal(Reason::AltitudeGate), 1U);

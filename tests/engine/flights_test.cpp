@@ -82,7 +82,7 @@ protected:
                  std::string_view type = "A320") {
         constexpr auto interval = static_cast<std::int32_t>(RealAircraft::reportSeconds * ticksPerSecond);
         constexpr std::size_t known = playDelayTicks / interval;
-        std::deque<TrackPoint> track;
+        std::vector<TrackPoint> track;
         for (std::size_t i = 0; i < known && i < reports.size(); ++i) {
             track.push_back(reports[i]);
             track.back().dueTick = now + interval * static_cast<std::int32_t>(i);

@@ -20,7 +20,7 @@ class Identity : public ::testing::Test {
 protected:
     Identity() { world.placeUser(offset(place, 0.0, 100000.0), true); }
 
-    std::deque<TrackPoint> track(double altFt = 6000.0) const {
+    std::vector<TrackPoint> track(double altFt = 6000.0) const {
         return {airPoint(place, altFt, 250.0, updateCount + 100),
                 airPoint(offset(place, 90.0, 5000.0), altFt, 250.0, updateCount + 600)};
     }

@@ -20,7 +20,7 @@ constexpr LatLon start{47.0, 8.0};
 
 class Legs : public ::testing::Test {
 protected:
-    LiveAc& flying(std::deque<TrackPoint> points, std::string_view type = "A320") {
+    LiveAc& flying(std::vector<TrackPoint> points, std::string_view type = "A320") {
         LiveAc& ac = world.addLive("SWR1", AcState::Live, AcPhase::Air, std::move(points), type);
         ac.heightAgl = 2500.0;
         return ac;
@@ -34,6 +34,7 @@ TEST_F(Legs, OverdueSecondPointIsApproachedOverTwentyFiveTicksNotInOneJump) {
                          airPoint(offset(next, 0.0, 2500.0), 5000, 200, now + 3000)});
     nextPosMain(ac);
     EXPECT_NEAR(ac.dLat * 25, next.lat - start.lat, 1e-9);
+    EXPECT_EQ(ac.track.front().dueTick, now + 25) << "the next leg begins where this one has been flown";
 }
 
 TEST_F(Legs, LegAimsFromWhereTheAircraftIsNotFromTheLastPoint) {

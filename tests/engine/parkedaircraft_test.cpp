@@ -81,7 +81,7 @@ TEST_F(ParkedAircraft, ShortWayOntoTheStandStillBringsTheNoseInLine) {
     lf_timeTaxiLeg(ac);
     aimAtSecond(ac);
     lf_setupGroundStep(ac);
-    ac.track.pop_front();
+    ac.track.erase(ac.track.begin());
     Flown flown(world, ac);
     flown.flyTo(now + 600);
     EXPECT_EQ(flown.ac().phase, AcPhase::Parked);

@@ -24,7 +24,7 @@ class TakeOff : public ::testing::Test {
 protected:
     /// On the roll, with the next three points at these speeds, climbing at these rates.
     LiveAc& rolling(double speedKt, double vsFpm, bool airborne, std::string_view type = "A320") {
-        std::deque<TrackPoint> points = {groundPoint(airportPlace, 50, now)};
+        std::vector<TrackPoint> points = {groundPoint(airportPlace, 50, now)};
         for (int i = 1; i <= 3; ++i) {
             TrackPoint point =
                 airPoint(offset(airportPlace, rollHeadingDeg, 300.0 * i),

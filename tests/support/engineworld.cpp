@@ -153,7 +153,7 @@ void EngineWorld::clearStands() {
 }
 
 LiveAc& EngineWorld::addLive(std::string_view callsign, AcState state, AcPhase phase,
-                             std::deque<TrackPoint> points, std::string_view type) {
+                             std::vector<TrackPoint> points, std::string_view type) {
     constexpr std::uint32_t firstObjectBelow = 20000;
     LiveAc ac;
     ac.callsign = callsign;

@@ -72,7 +72,7 @@ public:
     /// Adds a live aircraft whose track begins with `points`; the table has room for 512 before records move.
     /// The identity is the next free one above 30000; in any state but `Buffered` and `Requested` it has an
     /// object, of number hexid - 20000.
-    LiveAc& addLive(std::string_view callsign, AcState state, AcPhase phase, std::deque<TrackPoint> points,
+    LiveAc& addLive(std::string_view callsign, AcState state, AcPhase phase, std::vector<TrackPoint> points,
                     std::string_view type = "A320");
     /// Adds a static aircraft on a stand.
     StaticAc& addStatic(std::string_view callsign, AcState state, const ParkPos& stand,
