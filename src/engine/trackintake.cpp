@@ -48,10 +48,17 @@ void learnPushSide(LiveAc& ac, const TrackPoint& msg) {
     ac.pushKnown = true;
 }
 
+/// The real aircraft is still being pushed, farther than the shown one was: its nose points back.
+bool isStillPushed(const LiveAc& ac, const TrackPoint& msg) {
+    const double way = gf_bearing(ac.simState.position(), msg.position());
+    return msg.heading && std::abs(gf_angleDiff(way, *msg.heading)) > pi / 2;
+}
+
 /// After a push back: true once the feed's position moves away from the waiting aircraft.
 bool hasMovedOff(LiveAc& ac, TrackPoint& msg) {
     const double distanceNm = gf_distanceNm(ac.simState.position(), msg.position());
-    const bool movedOff = (distanceNm > ac.halfSpanNm * movedOffInHalfSpans && distanceNm > ac.moveOffRef) ||
+    const bool movedOff = (distanceNm > ac.halfSpanNm * movedOffInHalfSpans && distanceNm > ac.moveOffRef &&
+                           !isStillPushed(ac, msg)) ||
                           distanceNm > ac.halfSpanNm * farOffInHalfSpans;
     if (!movedOff) {
         if (!ac.holding) {

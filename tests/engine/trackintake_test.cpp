@@ -26,10 +26,10 @@ TrackPoint standing(LatLon position, std::int32_t dueTick) {
 
 class TrackIntake : public ::testing::Test {
 protected:
-    LiveAc& taxiing(std::vector<TrackPoint> points) {
+    LiveAc& taxiing(std::deque<TrackPoint> points) {
         return world.addLive("SWR1", AcState::Live, AcPhase::Taxi, std::move(points));
     }
-    LiveAc& flying(std::vector<TrackPoint> points, double headingDeg = 90.0) {
+    LiveAc& flying(std::deque<TrackPoint> points, double headingDeg = 90.0) {
         LiveAc& ac = world.addLive("SWR1", AcState::Live, AcPhase::Air, std::move(points));
         ac.simState.heading = headingDeg * radPerDeg;
         return ac;
@@ -383,6 +383,10 @@ TEST_F(TrackIntake, PushedAircraftWaitsUntilTheFeedMovesOff) {
     EXPECT_TRUE(ac.holding);
     lf_addPosition(ac, groundPoint(offset(place, 0, span * 2.7), 3, now + 3500));
     EXPECT_EQ(ac.phase, AcPhase::AfterPush) << "nearer";
+    TrackPoint backwards = groundPoint(offset(place, 0, span * 2.8), 3, now + 3700);
+    backwards.heading = pi;
+    lf_addPosition(ac, backwards);
+    EXPECT_EQ(ac.phase, AcPhase::AfterPush) << "still pushed, its nose points back";
     lf_addPosition(ac, groundPoint(offset(place, 0, span * 2.9), 3, now + 4000));
     EXPECT_EQ(ac.phase, AcPhase::Taxi);
     EXPECT_EQ(ac.sid, 0U);
@@ -390,6 +394,22 @@ TEST_F(TrackIntake, PushedAircraftWaitsUntilTheFeedMovesOff) {
     EXPECT_EQ(ac.reckonLeft, 0);
     EXPECT_EQ(ac.track.front().dueTick, now + 1);
     EXPECT_EQ(ac.track.size(), 2U);
+}
+
+TEST_F(TrackIntake, WaitingAircraftDoesNotTurnRoundForANearPositionBehindIt) {
+    struct Case {
+        double bearingDeg, metres, gsKt;
+        bool believed;
+    };
+    // It came from the south.
+    const Case cases[] = {{180, 24, 5, false}, {180, 26, 5, true},  {180, 24, 9, true},
+                          {110, 24, 5, true},  {130, 24, 5, false}, {0, 24, 5, true}};
+    for (const Case& entry : cases) {
+        LiveAc& ac = taxiing({groundPoint(offset(place, 180, 50), 5, now), groundPoint(place, 5, now + 300)});
+        lf_addPosition(ac, groundPoint(offset(place, entry.bearingDeg, entry.metres), entry.gsKt, now + 600));
+        EXPECT_EQ(ac.track.back().stationary, !entry.believed) << entry.bearingDeg << " " << entry.metres;
+        EXPECT_EQ(ac.track.back().position() == place, !entry.believed);
+    }
 }
 
 TEST_F(TrackIntake, PushedAircraftThatIsFarOffAlreadyGoesAtOnce) {

@@ -1,5 +1,6 @@
 // Whole stories on the ground, in virtual time: what a spectator on the apron would see.
 
+#include "catalogue/referencetables.h"
 #include "core/geodesy.h"
 #include "core/parameters.h"
 #include "core/reasoncounts.h"
@@ -10,6 +11,7 @@
 #include "support/engineworld.h"
 #include "support/places.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -77,6 +79,11 @@ public:
         report_.gsKt = kt;
         report_.trackDeg = bearingDeg;
         return report(metres / (kt * metresPerNm / 3600.0), bearingDeg, metres);
+    }
+    Ground& aircraft(std::string_view type, std::string_view registration) {
+        report_.type = type;
+        report_.registration = registration;
+        return *this;
     }
     std::vector<TrafficReport> reports() const { return reports_; }
 
@@ -304,6 +311,64 @@ TEST(GroundStories, StandsWithoutSizeAndWithoutPlace) {
     EXPECT_LT(apron.metresFrom(zurich), 100.0);
     EXPECT_LT(apron.turns.largest(), fastestTurn);
     EXPECT_TRUE(parkPositions().front().radius_change);
+}
+
+struct Remembered {
+    const char* name;
+    const char* type;
+    const char* registration;
+    double awayMinutes; ///< between leaving and coming back
+    const char* record; ///< what the stand then holds: day, half hours
+    double radiusM;
+    bool cargo;
+};
+
+// Each is first seen on the stand at 23:40 on a Monday, is pushed back at 00:10, and comes back some time
+// later.
+TEST(GroundStories, WhatTheStandsRemember) {
+    const Remembered cases[] = {
+        {"within the half hour", "A320", "HB-JLT", 0, "1: 47 2: 0", 20.0, false},
+        {"within two and a half hours", "A320", "HB-JLT", 120, "1: 47 2: 0 4", 20.0, false},
+        {"after more than that", "A320", "HB-JLT", 210, "1: 47 2: 0 7", 20.0, false},
+        {"too large: the stand grows", "B77W", "HB-JNA", 120, "1: 47 2: 0 4", 31.4, false},
+        {"freighter: it is a cargo stand", "B77W", "D-AALA", 120, "1: 47 2: 0 4", 31.4, true},
+        {"helicopter: none of its stands", "EC35", "HB-ZRA", 120, "", 20.0, false},
+        {"without a registration", "A320", "", 120, "", 20.0, false},
+    };
+    for (const Remembered& entry : cases) {
+        SCOPED_TRACE(entry.name);
+        Apron apron;
+        LEARN_SOFT.set(false);
+        HELICOPTERS.set(true);
+        referenceTables().regcodeTable["D-AALA"] = {"BOX", "B77W", "", true};
+        apron.world.advanceClock(std::chrono::minutes{13 * 60 + 40});
+        Ground stay;
+        stay.aircraft(entry.type, entry.registration).at(offset(zurich, 90.0, 5.0)).stand(50);
+        apron.world.feed(drawn(stay.reports()));
+        apron.play(50);
+        apron.world.advanceClock(std::chrono::minutes{29});
+        Ground leaves;
+        leaves.aircraft(entry.type, entry.registration).at(offset(zurich, 90.0, 5.0)).stand(20);
+        apron.world.feed(drawn(leaves.move(180.0, 900.0, 20.0).reports()));
+        apron.play(230);
+        apron.world.advanceClock(std::chrono::minutes{static_cast<int>(entry.awayMinutes)});
+        Ground back;
+        back.aircraft(entry.type, entry.registration).at(offset(zurich, 90.0, 5.0)).stand(90);
+        apron.world.feed(drawn(back.reports()));
+        apron.play(90);
+
+        std::string record;
+        const ParkPos& stand = parkPositions().front();
+        for (const ParkOption& option : stand.options) {
+            record += fmt::format("{}{}:", record.empty() ? "" : " ", option.day);
+            for (std::size_t hh = 0; hh < option.hours.size(); ++hh) {
+                record += option.hours.test(hh) ? fmt::format(" {}", hh) : "";
+            }
+        }
+        EXPECT_EQ(record, entry.record);
+        EXPECT_NEAR(stand.radius * metresPerNm, entry.radiusM, 0.1);
+        EXPECT_EQ(stand.cargo, entry.cargo);
+    }
 }
 
 TEST(GroundStories, VanishesOnTheTaxiway) {

@@ -47,6 +47,8 @@ public:
     void filterFeed(std::function<bool(const standin::TrafficReport&)> wanted) {
         wanted_ = std::move(wanted);
     }
+    /// Sets the system's clock forward; the passes do not notice.
+    void advanceClock(std::chrono::minutes by) { time_.advance(by); }
     /// Plays so many seconds, a pass every 10 ms, `eachTick` after each pass.
     void play(double seconds, const std::function<void()>& eachTick = {});
 
