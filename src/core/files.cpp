@@ -241,9 +241,9 @@ bool replaceFile(const std::filesystem::path& path, std::string_view content) {
     return !platform::replaceFileContent(path, content);
 }
 
-std::string xmlText(const pugi::xml_document& document) {
+std::string xmlText(const pugi::xml_document& document, const char* indent) {
     std::ostringstream text;
-    document.save(text, "  ");
+    document.save(text, indent);
     return std::move(text).str();
 }
 

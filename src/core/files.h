@@ -71,8 +71,8 @@ bool writeTextFile(std::string_view text, const std::filesystem::path& path, boo
 /// Returns false, with the old content intact, when the new content could not be written.
 bool replaceFile(const std::filesystem::path& path, std::string_view content);
 
-/// The document as it is saved: UTF-8, two blanks of indent.
-std::string xmlText(const pugi::xml_document& document);
+/// The document as it is saved: UTF-8, two blanks of indent unless told otherwise.
+std::string xmlText(const pugi::xml_document& document, const char* indent = "  ");
 
 /// Saves the document by `replaceFile` and logs "\"{}\" saved", or "could not save to \"{}\"" and returns
 /// false.

@@ -33,4 +33,8 @@ std::optional<std::uint32_t> digitsAtStart(std::string_view text) {
     return convert<std::uint32_t>(text);
 }
 
+std::optional<int> wholeNumberAtStart(std::string_view text) {
+    return convert<int>(text);
+}
+
 } // namespace kst

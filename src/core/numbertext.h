@@ -19,4 +19,8 @@ std::optional<double> finiteNumberAtStart(std::string_view text);
 /// The unsigned decimal digits at the start of the text; nothing where there are none or on an overflow.
 std::optional<std::uint32_t> digitsAtStart(std::string_view text);
 
+/// The whole number, of the one sign "-" or none, at the start of the text; nothing where there is none or on
+/// an overflow.
+std::optional<int> wholeNumberAtStart(std::string_view text);
+
 } // namespace kst

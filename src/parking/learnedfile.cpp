@@ -132,6 +132,11 @@ void takeHandmade(const pugi::xml_document& document, AirportFile& airport) {
     airport.handmade = true;
     airport.stands.clear();
     readParkPositions(document, airport.stands, true);
+    // The mark has no meaning here, but a save keeps it.
+    auto stand = airport.stands.begin();
+    for (const pugi::xml_node parkpos : document.child("parkpositions").children("parkpos")) {
+        (stand++)->manual = boolAttribute(parkpos.attribute("manual"));
+    }
     logIndented(fmt::format("{:24}: {}", "handmade", airportParameter(document, "handmade").value()));
 }
 

@@ -15,6 +15,10 @@ void gf_checkForParkAirportUpdates(bool) {}
 
 void lf_setDestination(std::string_view, LatLon) {}
 
+std::optional<double> closestParkAirportNm() {
+    return std::nullopt;
+}
+
 void lf_storeUserStand() {}
 
 } // namespace kst

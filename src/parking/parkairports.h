@@ -4,6 +4,7 @@
 
 #include "model/units.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -17,6 +18,8 @@ bool lf_reReadParkAirports(bool applyReserved, std::string& message);
 void gf_checkForParkAirportUpdates(bool showMessageLine);
 /// A new destination: its airport goes to the head of the list. Worker.
 void lf_setDestination(std::string_view code, LatLon position);
+/// The distance of the closest park airport from the user; nothing while none is known. Worker.
+std::optional<double> closestParkAirportNm();
 /// Keeps the stand under the stopped user for the next visit. Worker.
 void lf_storeUserStand();
 

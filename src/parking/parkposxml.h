@@ -12,6 +12,10 @@
 
 namespace kst {
 
+inline const char* boolText(bool value) {
+    return value ? "true" : "false";
+}
+
 /// The half hours of an `hh` attribute. At the first piece that is no half hour the rest is left out, which
 /// is logged.
 std::bitset<48> lf_hours2bitset(std::string_view text);
@@ -24,19 +28,27 @@ bool boolAttribute(const pugi::xml_attribute& attribute);
 double numberAttribute(const pugi::xml_attribute& attribute);
 /// The same, cut to a whole number.
 int wholeAttribute(const pugi::xml_attribute& attribute);
+/// A text attribute without control characters: it may come from anyone, and goes to the log and the window.
+std::string textAttribute(const pugi::xml_attribute& attribute);
 /// The attribute `value` of `/parameters/parameter[@name='name']`; an empty one when the file has none.
 pugi::xml_attribute airportParameter(const pugi::xml_document& document, std::string_view name);
+
+/// Adds such a parameter to the element `parameters`.
+void addAirportParameter(pugi::xml_node parameters, std::string_view name, const std::string& value);
 
 /// An `opt` element. Operator and type that it leaves out come from the registration. `seq` is left 0.
 ParkOption readParkOption(const pugi::xml_node& opt, bool fromArchive);
 /// A `parkpos` element with all its options, numbered from 1. `sid` and `neighbours` are left empty.
 ParkPos readParkPos(const pugi::xml_node& parkpos, bool fromArchive);
 /// Every `parkpos` of the document in file order, behind what is in `stands`. Throws UserErrorException at an
-/// id that stands there twice; the stands read so far then stay.
+/// id that stands there twice; the stands read so far then stay. Throws std::runtime_error at more stands
+/// than any airport has.
 void readParkPositions(const pugi::xml_document& document, std::vector<ParkPos>& stands, bool fromArchive);
 
 /// Adds a `parkpos` with all attributes of place and kind, without `manual` and options.
 pugi::xml_node addParkPos(pugi::xml_node parkpositions, const ParkPos& stand);
+/// A stand's radius as the file holds it, metres.
+std::string radiusText(const ParkPos& stand);
 /// Adds an `opt` for each option of the stand that is not dead.
 void addParkOptions(pugi::xml_node parkpos, const ParkPos& stand);
 

@@ -46,7 +46,7 @@ void lf_startParkingRenewal() {}
 void lf_clearUserStand() {}
 
 void lf_saveAndCloseAirport() {
-    parkPositions().clear();
+    clearLoadedAirport();
     setParkAirport(std::nullopt);
 }
 

@@ -274,8 +274,8 @@ void lf_setDestinationText(std::string_view boxText) {
         refuse(DESTINATION, fmt::format("destination \"{}\" was already set ...", code));
         return;
     }
-    const std::optional<DirectoryAirport> airport = gf_airportByCode(code);
-    if (!airport) {
+    const AirportEntry* const airport = gf_airportByCode(code);
+    if (airport == nullptr) {
         refuse(DESTINATION, fmt::format("destination \"{}\" is unknown ...", code));
         return;
     }
@@ -283,7 +283,7 @@ void lf_setDestinationText(std::string_view boxText) {
     saveParameter(DESTINATION);
     showParameter(DESTINATION);
     showMessage(fmt::format("New destination: {}", code), true);
-    askWorker({WorkerRequest::Kind::SetDestination, airport->position, code});
+    askWorker({WorkerRequest::Kind::SetDestination, airport->position(), code});
     enableControl(control::ReRead, false);
 }
 

@@ -4,9 +4,13 @@
 //   kestrane-data regcodes PLAIN.xml OUT.zip   the registration list
 //   kestrane-data show FILE.zip                either of them in plain text
 //   kestrane-data reference FOLDER PLAIN.xml   a plain reference document from the CSV facts in FOLDER
+//   kestrane-data airports FOLDER OUT.xml      the world directory of airports from the same
+//   kestrane-data stock FOLDER ICAO OUT.xml    an airport's stock parking file from the same
 
+#include "airportlist.h"
 #include "codes.h"
 #include "referencefacts.h"
+#include "stockfile.h"
 #include "zipfile.h"
 
 #include <iostream>
@@ -53,20 +57,38 @@ void show(const std::string& zip) {
     std::cout << saved(document);
 }
 
-void makeReference(const std::string& folder, const std::string& out) {
-    pugi::xml_document document;
-    kst::data::addReferenceFacts(document, folder);
+void save(const pugi::xml_document& document, const std::string& out) {
     if (!document.save_file(out.c_str())) {
         throw std::runtime_error(fmt::format("{}: could not be written", out));
     }
     std::cout << out << " written\n";
 }
 
+void makeReference(const std::string& folder, const std::string& out) {
+    pugi::xml_document document;
+    kst::data::addReferenceFacts(document, folder);
+    save(document, out);
+}
+
+void makeDirectory(const std::string& folder, const std::string& out) {
+    pugi::xml_document document;
+    kst::data::addAirports(document, folder);
+    save(document, out);
+}
+
+void makeStock(const std::string& folder, const std::string& icao, const std::string& out) {
+    pugi::xml_document document;
+    kst::data::addStockAirport(document, folder, icao);
+    save(document, out);
+}
+
 int usage() {
     std::cerr << "usage: kestrane-data dbase PLAIN.xml OUT.zip\n"
                  "       kestrane-data regcodes PLAIN.xml OUT.zip\n"
                  "       kestrane-data show FILE.zip\n"
-                 "       kestrane-data reference FOLDER PLAIN.xml\n";
+                 "       kestrane-data reference FOLDER PLAIN.xml\n"
+                 "       kestrane-data airports FOLDER OUT.xml\n"
+                 "       kestrane-data stock FOLDER ICAO OUT.xml\n";
     return 2;
 }
 
@@ -79,6 +101,10 @@ int run(const std::vector<std::string>& words) {
         show(words[1]);
     } else if (words.size() == 3 && words[0] == "reference") {
         makeReference(words[1], words[2]);
+    } else if (words.size() == 3 && words[0] == "airports") {
+        makeDirectory(words[1], words[2]);
+    } else if (words.size() == 4 && words[0] == "stock") {
+        makeStock(words[1], words[2], words[3]);
     } else {
         return usage();
     }

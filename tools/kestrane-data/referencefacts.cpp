@@ -1,6 +1,7 @@
 #include "referencefacts.h"
 
-#include <fstream>
+#include "csvrows.h"
+
 #include <map>
 #include <set>
 #include <stdexcept>
@@ -14,42 +15,6 @@ namespace {
 
 /// Codes in one attribute: enough to keep a line readable.
 constexpr std::size_t codesPerElement = 40;
-
-using Row = std::vector<std::string>;
-
-Row splitRow(const std::string& line) {
-    Row fields;
-    std::size_t begin = 0;
-    while (true) {
-        const std::size_t comma = line.find(',', begin);
-        fields.push_back(line.substr(begin, comma - begin));
-        if (comma == std::string::npos) {
-            return fields;
-        }
-        begin = comma + 1;
-    }
-}
-
-/// Rows of a CSV file; `header` says whether its first line is one.
-std::vector<Row> readRows(const std::string& path, bool header) {
-    std::ifstream file(path);
-    if (!file) {
-        throw std::runtime_error(path + ": cannot be read");
-    }
-    std::vector<Row> rows;
-    std::string line;
-    while (std::getline(file, line)) {
-        if (!line.empty() && line.back() == '\r') {
-            line.pop_back();
-        }
-        if (header) {
-            header = false;
-        } else if (!line.empty() && line.front() != '#') {
-            rows.push_back(splitRow(line));
-        }
-    }
-    return rows;
-}
 
 void addCodes(pugi::xml_document& document, const char* section, const char* element, const char* attribute,
               const std::set<std::string>& codes) {

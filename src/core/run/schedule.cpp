@@ -4,7 +4,6 @@
 #include "core/controlids.h"
 #include "core/display.h"
 #include "core/exit.h"
-#include "core/geodesy.h"
 #include "core/parameters.h"
 #include "core/parkairport.h"
 #include "core/reasoncounts.h"
@@ -18,7 +17,6 @@
 #include "feed/realtrafficlink.h"
 #include "parking/parkairports.h"
 #include "parking/staticparking.h"
-#include "scanner/airportdirectory.h"
 
 #include <cmath>
 
@@ -56,8 +54,7 @@ double automaticRangeNm() {
     if (userData.altitudeFt > AIRPORT_HEIGHT) {
         return middleRangeNm;
     }
-    const auto closest = gf_closestAirport(userData.position());
-    const double distance = closest ? gf_distanceNm(userData.position(), closest->position) : noAirportNm;
+    const double distance = closestParkAirportNm().value_or(noAirportNm);
     if (distance <= nearAirportNm) {
         return airportRangeNm;
     }

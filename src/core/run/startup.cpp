@@ -164,7 +164,7 @@ void lf_initialise() {
     }
     lf_detectRealTraffic();
     enableControlsForRun();
-    gf_readAirportDirectory();
+    lf_readAirports();
 }
 
 } // namespace kst

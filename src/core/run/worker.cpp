@@ -80,8 +80,8 @@ void applyDestination() {
     if (code.empty()) {
         return;
     }
-    if (const auto airport = gf_airportByCode(code)) {
-        lf_setDestination(airport->code, airport->position);
+    if (const AirportEntry* const airport = gf_airportByCode(code)) {
+        lf_setDestination(airport->code, airport->position());
     }
 }
 

@@ -44,8 +44,9 @@ void writeLiveries(const fs::path& path) {
 SystemWorld::SystemWorld() : linkPort_(freeTcpPort()), pagePort_(freeTcpPort()) {
     std::string name = (fs::temp_directory_path() / "kst-XXXXXX").string();
     folder_ = mkdtemp(name.data());
-    for (const char* sub : {"docs", "input", "output", "downloads/release", "config/InsideSystems",
-                            "config/Kestrane_P3D", "runtime", "documents", "public", "share"}) {
+    for (const char* sub :
+         {"docs", "input", "output", "airports", "downloads/release", "config/InsideSystems",
+          "config/Kestrane_P3D", "runtime", "documents", "public", "share"}) {
         fs::create_directories(folder_ / sub);
     }
     environment_ = {{"XDG_CONFIG_HOME", (folder_ / "config").string()},
@@ -61,6 +62,7 @@ SystemWorld::SystemWorld() : linkPort_(freeTcpPort()), pagePort_(freeTcpPort()) 
     const std::string tool = (binaries / "tools/kestrane-data").string();
     runTool({tool, "reference", (source / "data").string(), "reference.xml"}, folder_);
     runTool({tool, "dbase", "reference.xml", "downloads/dbase.zip"}, folder_);
+    runTool({tool, "airports", (source / "data").string(), "airports/airports_p3d.xml"}, folder_);
     writeParameters({});
 }
 

@@ -1,0 +1,244 @@
+#include "parking/parkposxml.h"
+
+#include "catalogue/reference.h"
+#include "core/exceptions.h"
+#include "core/log.h"
+#include "core/numbertext.h"
+#include "model/units.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <stdexcept>
+#include <unordered_set>
+
+#include <fmt/format.h>
+
+namespace kst {
+
+namespace {
+
+/// No number of a stand comes near it; what is larger is damage.
+constexpr double largestNumber = 1e6;
+/// No airport has as many stands by far. More of them would cost the worker seconds.
+constexpr std::size_t mostStands = 4000;
+
+std::string_view withoutBlanks(std::string_view text) {
+    constexpr std::string_view blanks = " \t\r\n";
+    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+    text.remove_suffix(text.size() - (text.find_last_not_of(blanks) + 1));
+    return text;
+}
+
+/// The text without control characters: it goes to the log and the window.
+std::string plainText(std::string_view text) {
+    std::string plain(text);
+    std::replace_if(
+        plain.begin(), plain.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
+    return plain;
+}
+
+std::size_t halfHour(std::string_view piece) {
+    const std::string_view digits = withoutBlanks(piece);
+    const std::optional<std::uint32_t> number = digitsAtStart(digits);
+    if (!number || digits.find_first_not_of("0123456789") != std::string_view::npos) {
+        throw std::runtime_error(fmt::format("\"{}\" is no number", plainText(piece)));
+    }
+    if (*number >= std::bitset<48>{}.size()) {
+        throw std::runtime_error(fmt::format("{} is no half hour", *number));
+    }
+    return *number;
+}
+
+void takeCallsigns(std::string_view text, ParkOption& option) {
+    const std::size_t colon = text.find(':');
+    option.cs = plainText(text.substr(0, colon));
+    if (colon != std::string_view::npos && colon == text.rfind(':')) {
+        option.cs2 = plainText(text.substr(colon + 1));
+    }
+}
+
+std::size_t count(const pugi::xml_node& parent, const char* name) {
+    const auto children = parent.children(name);
+    return static_cast<std::size_t>(std::distance(children.begin(), children.end()));
+}
+
+void addText(pugi::xml_node& node, const char* name, const std::string& value) {
+    node.append_attribute(name).set_value(value.c_str());
+}
+
+} // namespace
+
+std::bitset<48> lf_hours2bitset(std::string_view text) {
+    std::bitset<48> hours;
+    try {
+        while (!text.empty()) {
+            const std::size_t comma = text.find(',');
+            hours.set(halfHour(text.substr(0, comma)));
+            text.remove_prefix(comma == std::string_view::npos ? text.size() : comma + 1);
+        }
+    } catch (const std::exception& error) {
+        logLine(fmt::format("exception {} in lf_hours2bitset", error.what()));
+    }
+    return hours;
+}
+
+std::string lf_bitset2hours(const std::bitset<48>& hours) {
+    std::string text;
+    for (std::size_t i = 0; i < hours.size(); ++i) {
+        if (hours.test(i)) {
+            fmt::format_to(std::back_inserter(text), "{}{}", text.empty() ? "" : ",", i);
+        }
+    }
+    return text;
+}
+
+bool boolAttribute(const pugi::xml_attribute& attribute) {
+    const char first = *attribute.value();
+    return first != '\0' && std::string_view("1tTyY").find(first) != std::string_view::npos;
+}
+
+double numberAttribute(const pugi::xml_attribute& attribute) {
+    const double number = finiteNumberAtStart(withoutBlanks(attribute.value())).value_or(0.0);
+    return std::abs(number) <= largestNumber ? number : 0.0;
+}
+
+int wholeAttribute(const pugi::xml_attribute& attribute) {
+    return wholeNumberAtStart(withoutBlanks(attribute.value())).value_or(0);
+}
+
+std::string textAttribute(const pugi::xml_attribute& attribute) {
+    return plainText(attribute.value());
+}
+
+pugi::xml_attribute airportParameter(const pugi::xml_document& document, std::string_view name) {
+    for (const pugi::xml_node parameters : document.children("parameters")) {
+        for (const pugi::xml_node parameter : parameters.children("parameter")) {
+            if (name == parameter.attribute("name").value()) {
+                return parameter.attribute("value");
+            }
+        }
+    }
+    return {};
+}
+
+void addAirportParameter(pugi::xml_node parameters, std::string_view name, const std::string& value) {
+    pugi::xml_node parameter = parameters.append_child("parameter");
+    addText(parameter, "name", std::string(name));
+    addText(parameter, "value", value);
+}
+
+ParkOption readParkOption(const pugi::xml_node& opt, bool fromArchive) {
+    ParkOption option;
+    option.fromArchive = fromArchive;
+    bool named = false;
+    // One walk over the attributes: a file has tens of thousands of these elements.
+    for (const pugi::xml_attribute attribute : opt.attributes()) {
+        const std::string_view name = attribute.name();
+        if (name == "reg") {
+            option.reg = textAttribute(attribute);
+        } else if (name == "airl") {
+            option.airl = textAttribute(attribute);
+            named = true;
+        } else if (name == "type") {
+            option.type = textAttribute(attribute);
+            named = true;
+        } else if (name == "soft") {
+            option.real = !boolAttribute(attribute);
+        } else if (name == "day") {
+            option.day = wholeAttribute(attribute);
+        } else if (name == "hh") {
+            option.hours = lf_hours2bitset(attribute.value());
+        } else if (name == "cs") {
+            takeCallsigns(attribute.value(), option);
+        }
+    }
+    if (!named) {
+        if (const auto record = gf_regcodeRecord(option.reg)) {
+            option.airl = record->operatorCode.empty() ? record->airline : record->operatorCode;
+            option.type = record->model;
+        }
+    }
+    return option;
+}
+
+ParkPos readParkPos(const pugi::xml_node& parkpos, bool fromArchive) {
+    ParkPos stand;
+    stand.id = textAttribute(parkpos.attribute("id"));
+    stand.latitude = numberAttribute(parkpos.attribute("latitude"));
+    stand.longitude = numberAttribute(parkpos.attribute("longitude"));
+    stand.radius = numberAttribute(parkpos.attribute("radius")) / metresPerNm;
+    stand.options.reserve(count(parkpos, "opt"));
+    for (const pugi::xml_node opt : parkpos.children("opt")) {
+        stand.options.push_back(readParkOption(opt, fromArchive));
+        stand.options.back().seq = static_cast<std::uint32_t>(stand.options.size());
+    }
+    stand.heli = boolAttribute(parkpos.attribute("heli"));
+    stand.ramp = boolAttribute(parkpos.attribute("ramp"));
+    stand.cargo = boolAttribute(parkpos.attribute("cargo"));
+    stand.heading = numberAttribute(parkpos.attribute("heading")) * radPerDeg;
+    return stand;
+}
+
+void readParkPositions(const pugi::xml_document& document, std::vector<ParkPos>& stands, bool fromArchive) {
+    const pugi::xml_node parkpositions = document.child("parkpositions");
+    const std::size_t stated = count(parkpositions, "parkpos");
+    if (stated > mostStands) {
+        throw std::runtime_error(
+            fmt::format("{} stands are more than the {} that a file may have", stated, mostStands));
+    }
+    stands.reserve(stands.size() + stated);
+    std::unordered_set<std::string> seen;
+    for (const pugi::xml_node parkpos : parkpositions.children("parkpos")) {
+        ParkPos stand = readParkPos(parkpos, fromArchive);
+        if (!seen.insert(stand.id).second) {
+            throw UserErrorException(99,
+                                     fmt::format("Parking position {} appears more than once?", stand.id));
+        }
+        stands.push_back(std::move(stand));
+    }
+}
+
+pugi::xml_node addParkPos(pugi::xml_node parkpositions, const ParkPos& stand) {
+    pugi::xml_node node = parkpositions.append_child("parkpos");
+    addText(node, "id", stand.id);
+    addText(node, "latitude", fmt::format("{:.6f}", stand.latitude));
+    addText(node, "longitude", fmt::format("{:.6f}", stand.longitude));
+    addText(node, "heading", fmt::format("{:.1F}", stand.heading * degPerRad));
+    addText(node, "radius", radiusText(stand));
+    if (stand.heli) {
+        addText(node, "heli", "true");
+    } else {
+        addText(node, "cargo", boolText(stand.cargo));
+    }
+    addText(node, "ramp", boolText(stand.ramp));
+    return node;
+}
+
+std::string radiusText(const ParkPos& stand) {
+    return fmt::format("{:.1F}", stand.radius * metresPerNm);
+}
+
+void addParkOptions(pugi::xml_node parkpos, const ParkPos& stand) {
+    for (const ParkOption& option : stand.options) {
+        if (option.seq == 0) {
+            continue;
+        }
+        pugi::xml_node node = parkpos.append_child("opt");
+        addText(node, "reg", option.reg);
+        if (!gf_regcodeRecord(option.reg)) {
+            addText(node, "airl", option.airl);
+            addText(node, "type", option.type);
+        }
+        if (!option.real) {
+            addText(node, "soft", "true");
+        }
+        addText(node, "day", fmt::format("{}", option.day));
+        addText(node, "hh", lf_bitset2hours(option.hours));
+        if (!option.cs.empty()) {
+            addText(node, "cs", option.cs2.empty() ? option.cs : option.cs + ":" + option.cs2);
+        }
+    }
+}
+
+} // namespace kst
