@@ -26,10 +26,10 @@ TrackPoint standing(LatLon position, std::int32_t dueTick) {
 
 class TrackIntake : public ::testing::Test {
 protected:
-    LiveAc& taxiing(std::deque<TrackPoint> points) {
+    LiveAc& taxiing(std::vector<TrackPoint> points) {
         return world.addLive("SWR1", AcState::Live, AcPhase::Taxi, std::move(points));
     }
-    LiveAc& flying(std::deque<TrackPoint> points, double headingDeg = 90.0) {
+    LiveAc& flying(std::vector<TrackPoint> points, double headingDeg = 90.0) {
         LiveAc& ac = world.addLive("SWR1", AcState::Live, AcPhase::Air, std::move(points));
         ac.simState.heading = headingDeg * radPerDeg;
         return ac;
