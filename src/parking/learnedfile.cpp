@@ -5,6 +5,7 @@
 #include "core/files.h"
 #include "core/log.h"
 #include "core/runstate.h"
+#include "parking/airportfetch.h"
 #include "parking/airportfile.h"
 #include "parking/airportsettings.h"
 #include "parking/learning.h"
@@ -13,6 +14,7 @@
 #include "platform/paths.h"
 
 #include <algorithm>
+#include <bitset>
 #include <fmt/format.h>
 #include <functional>
 #include <unordered_map>
@@ -20,18 +22,6 @@
 namespace kst {
 
 namespace {
-
-constexpr std::size_t largestLearnedFile = 64 * 1024 * 1024;
-
-/// Reads the file into the document. What is wrong with it, empty if nothing.
-std::string parseLearned(const std::filesystem::path& path, pugi::xml_document& document) {
-    std::string content;
-    if (const std::error_code error = readFile(path, content, largestLearnedFile)) {
-        return error.message();
-    }
-    const pugi::xml_parse_result parsed = document.load_buffer(content.data(), content.size());
-    return parsed ? std::string() : parsed.description();
-}
 
 /// A file that cannot be read is kept under another name, so that the next save does not overwrite it.
 void setAside(const std::filesystem::path& path, std::string_view why) {
@@ -49,7 +39,7 @@ void setAside(const std::filesystem::path& path, std::string_view why) {
 }
 
 void warnOfOtherAirport(const pugi::xml_document& document, const AirportFile& airport) {
-    const std::string_view learned = airportParameter(document, "airport_name").value();
+    const std::string learned = textAttribute(airportParameter(document, "airport_name"));
     if (learned != airport.airport_name) {
         showMessage(
             fmt::format("Warning: learned file airport name: \"{}\" differs from archived file airport "
@@ -59,12 +49,29 @@ void warnOfOtherAirport(const pugi::xml_document& document, const AirportFile& a
     }
 }
 
-bool isKnown(const ParkPos& stand, const ParkOption& seen) {
-    return std::ranges::any_of(stand.options, [&](const ParkOption& option) {
-        return option.day == seen.day && option.real == seen.real && option.reg == seen.reg &&
-               option.airl == seen.airl && option.type == seen.type && (option.hours & seen.hours).any();
-    });
-}
+/// The half hours of a stand's observations, those of one aircraft on one day taken together.
+class KnownHours {
+public:
+    explicit KnownHours(const std::vector<ParkOption>& options) {
+        for (const ParkOption& option : options) {
+            hoursOf(option) |= option.hours;
+        }
+    }
+    /// Adds the observation, unless one of its half hours is known.
+    bool add(const ParkOption& option) {
+        std::bitset<48>& hours = hoursOf(option);
+        const bool isNew = (hours & option.hours).none();
+        hours |= isNew ? option.hours : std::bitset<48>{};
+        return isNew;
+    }
+
+private:
+    std::bitset<48>& hoursOf(const ParkOption& option) {
+        return hours_[fmt::format("{}\n{}\n{}\n{}\n{}", option.day, option.real, option.reg, option.airl,
+                                  option.type)];
+    }
+    std::unordered_map<std::string, std::bitset<48>> hours_;
+};
 
 void mergeStand(const pugi::xml_node& learned, ParkPos& stand) {
     if (boolAttribute(learned.attribute("radius_change"))) {
@@ -76,9 +83,10 @@ void mergeStand(const pugi::xml_node& learned, ParkPos& stand) {
         stand.cargo_change = true;
     }
     std::uint32_t seq = stand.options.empty() ? 1 : stand.options.back().seq + 1;
+    KnownHours known(stand.options);
     for (const pugi::xml_node opt : learned.children("opt")) {
         ParkOption option = readParkOption(opt, false);
-        if (!isKnown(stand, option)) {
+        if (known.add(option)) {
             option.seq = seq++;
             stand.options.push_back(std::move(option));
         }
@@ -95,7 +103,7 @@ public:
     }
 
     void add(const pugi::xml_node& learned) {
-        const std::string id = learned.attribute("id").value();
+        const std::string id = textAttribute(learned.attribute("id"));
         const auto place = places_.find(id);
         if (boolAttribute(learned.attribute("manual"))) {
             if (place != places_.end()) {
@@ -173,7 +181,7 @@ AirportFile learnedPart(const AirportFile& airport) {
 void lf_readLearned(const std::filesystem::path& path, AirportFile& airport) {
     try {
         pugi::xml_document document;
-        if (const std::string why = parseLearned(path, document); !why.empty()) {
+        if (const std::string why = loadAirportXml(path, document); !why.empty()) {
             setAside(path, why);
             return;
         }

@@ -1,8 +1,7 @@
 // Whether the stands of an add-on airport can be learned away from the user's machine.
 
-#include "core/files.h"
 #include "core/log.h"
-#include "install/download.h"
+#include "parking/airportfetch.h"
 #include "parking/learning.h"
 #include "parking/parkposxml.h"
 
@@ -13,7 +12,6 @@ namespace kst {
 
 namespace {
 
-constexpr std::size_t largestStockFile = 64 * 1024 * 1024;
 /// The first week of recorded traffic that tells enough.
 constexpr int firstGoodWeek = 18;
 
@@ -27,15 +25,11 @@ bool isPlainCode(std::string_view icao) {
 /// Fetches and parses the airport's stock file. False when it cannot be had.
 bool fetchStock(std::string_view icao, pugi::xml_document& document) {
     const std::filesystem::path file = "offline.xml";
-    const DownloadHandle handle;
-    std::string content;
-    const bool fetched =
-        gf_fetchFile(handle, fmt::format("{}archive/stock/{}.xml", lf_airportServerBase(), icao), file,
-                     false) &&
-        !readFile(file, content, largestStockFile);
+    const bool parsed = fetchAirportFile(fmt::format("archive/stock/{}.xml", icao), file) &&
+                        loadAirportXml(file, document).empty();
     std::error_code ignored;
     std::filesystem::remove(file, ignored);
-    return fetched && document.load_buffer(content.data(), content.size());
+    return parsed;
 }
 
 bool isQuality(const pugi::xml_document& document, std::string_view name) {

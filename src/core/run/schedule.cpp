@@ -15,6 +15,7 @@
 #include "engine/tables.h"
 #include "feed/readers.h"
 #include "feed/realtrafficlink.h"
+#include "parking/learning.h"
 #include "parking/parkairports.h"
 #include "parking/staticparking.h"
 
@@ -91,6 +92,7 @@ void everyMinute(std::uint32_t tick) {
         status.nextRenewalMinutes = renewalMinutes - tick / minuteTicks % renewalMinutes;
     });
     if (tick % renewalTicks == 0) {
+        lf_saveLearnedChanges();
         lf_logUnmatchedTargets();
         if (parkAirport() && !INITIAL_LOAD_ONLY && !parkRenewalDue) {
             parkRenewalDue = true;
