@@ -53,6 +53,10 @@ std::string gf_regcodeOperator(std::string_view regcode);
 /// when none does. Any thread.
 std::string gf_regcodeInTitle(std::string_view title);
 
+/// Who made a scenery file, told from its path: "simaddon" for the ORBX family, else the first publisher one
+/// of whose names stands in the path, without regard to case; "unknown" when there is none. Any thread.
+std::string gf_publisherOfFile(std::string_view filename);
+
 /// Puts tables in place of the document, for tests.
 struct ReferenceModel {
     std::string model;

@@ -14,6 +14,7 @@
 #include "parking/parkairports.h"
 #include "scanner/airportdirectory.h"
 #include "scanner/archive.h"
+#include "scanner/stockscenery.h"
 #include "simlink/flightplans.h"
 
 #include <condition_variable>
