@@ -1,0 +1,147 @@
+// What the scan of add-on airports costs: the look into the head of files that hold no airports, beside
+// opening them and reading their first bytes; and the decoding of airports, beside reading the same file into
+// memory. The counters "of floor" are the ratios, measured in the same run.
+
+#include "scanner/bglfile.h"
+#include "tools/bglscenery/bglwriter.h"
+#include "tools/bglscenery/sceneryset.h"
+
+#include <array>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace kst;
+
+/// A folder for the files of one benchmark, gone at its end.
+class WorkFolder {
+public:
+    WorkFolder() : path_(fs::temp_directory_path() / "kestrane-bench-bgl") { fs::create_directories(path_); }
+    ~WorkFolder() { fs::remove_all(path_); }
+    WorkFolder(const WorkFolder&) = delete;
+    WorkFolder& operator=(const WorkFolder&) = delete;
+
+    fs::path write(const std::string& name, const std::string& content) const {
+        std::ofstream(path_ / name, std::ios::binary) << content;
+        return path_ / name;
+    }
+
+private:
+    fs::path path_;
+};
+
+template <class Work>
+double seconds(Work work) {
+    const auto begin = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+}
+
+bool readFirstBytes(const fs::path& path) {
+    std::ifstream file;
+    file.rdbuf()->pubsetbuf(nullptr, 0);
+    file.open(path, std::ios::binary);
+    std::array<char, 56> bytes;
+    return static_cast<bool>(file.read(bytes.data(), bytes.size()));
+}
+
+// Both sides go through the files in turn, in batches, so that a change of the machine's speed meets both.
+void filesWithoutAirports(benchmark::State& state) {
+    constexpr std::size_t count = 20000;
+    constexpr std::size_t batch = 500;
+    const WorkFolder folder;
+    std::vector<fs::path> files;
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto file = scenery::plainFile(1 + static_cast<unsigned>(i % 8));
+        files.push_back(folder.write("plain" + std::to_string(i) + ".bgl", scenery::bglBytes(file)));
+    }
+    double headTime = 0.0;
+    double floorTime = 0.0;
+    std::size_t found = 0;
+    for (auto _ : state) {
+        double taken = 0.0;
+        for (std::size_t first = 0; first < count; first += batch) {
+            taken += seconds([&] {
+                for (std::size_t i = first; i < first + batch; ++i) {
+                    found += lf_bglHasAirports(files[i]) ? 1 : 0;
+                }
+            });
+            floorTime += seconds([&] {
+                for (std::size_t i = first; i < first + batch; ++i) {
+                    benchmark::DoNotOptimize(readFirstBytes(files[i]));
+                }
+            });
+        }
+        headTime += taken;
+        state.SetIterationTime(taken);
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(count));
+    state.counters["found"] = static_cast<double>(found);
+    state.counters["of floor"] = headTime / floorTime;
+}
+BENCHMARK(filesWithoutAirports)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+/// Airports with so many stands each, among so much that is passed over.
+scenery::File fileOf(unsigned airports, unsigned stands, unsigned otherSubRecords) {
+    scenery::Airport airport;
+    airport.names = {"Field of measurements"};
+    airport.otherSubRecords = otherSubRecords;
+    for (unsigned i = 0; i < stands; ++i) {
+        airport.parkings.push_back({12 + i % 26, i, 9, 20.0F, 90.0F, 47.0, 8.0, {"SWR"}});
+    }
+    scenery::File file;
+    for (unsigned i = 0; i < airports; ++i) {
+        airport.extended = i % 2 == 1;
+        file.airports.push_back(airport);
+    }
+    return file;
+}
+
+std::size_t readWhole(const fs::path& path, std::vector<std::byte>& content) {
+    std::ifstream file(path, std::ios::binary);
+    file.read(reinterpret_cast<char*>(content.data()), static_cast<std::streamsize>(content.size()));
+    return static_cast<std::size_t>(file.gcount());
+}
+
+void decode(benchmark::State& state, const scenery::File& file) {
+    const WorkFolder folder;
+    const std::string bytes = scenery::bglBytes(file);
+    const fs::path path = folder.write("airports.bgl", bytes);
+    std::vector<std::byte> content(bytes.size());
+    std::size_t stands = 0;
+    BglOutput output;
+    output.begun = [](AirportFile&) {};
+    output.done = [&](AirportFile& airport) { stands += airport.stands.size(); };
+    output.report = [](std::string_view) {};
+    double decodeTime = 0.0;
+    double readTime = 0.0;
+    for (auto _ : state) {
+        readTime += seconds([&] { benchmark::DoNotOptimize(readWhole(path, content)); });
+        const double taken = seconds([&] { decodeBgl(BglWords(content), "airports.bgl", output); });
+        decodeTime += taken;
+        state.SetIterationTime(taken);
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes.size()));
+    state.counters["stands"] = static_cast<double>(stands) / static_cast<double>(state.iterations());
+    state.counters["of floor"] = decodeTime / readTime;
+}
+
+void manyAirports(benchmark::State& state) {
+    // 60 stands to 12 KB of runways, taxiways and aprons, as airports usually have.
+    decode(state, fileOf(500, 60, 220));
+}
+BENCHMARK(manyAirports)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+void nothingButStands(benchmark::State& state) {
+    decode(state, fileOf(100, 1000, 0));
+}
+BENCHMARK(nothingButStands)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+} // namespace
