@@ -144,10 +144,10 @@ void readParking(Reading& reading, const Parking& parking, std::size_t o) {
         reading.report("lat/lon: {}, incorrect (skipped) ", positionText(position));
         return;
     }
-    const std::string plain = fmt::format("{}{}", lf_standPrefix(parking.nameCode), parking.number);
-    auto id = reading.ids.take(plain);
+    auto id = reading.ids.take(parking.nameCode, parking.number);
     reading.duplicates |= !id || id->suffixed;
     if (!id) {
+        const std::string plain = lf_standPrefix(parking.nameCode) + std::to_string(parking.number);
         reading.report("{}Warning more then 6 the same ids {}, in {}", "===> ", plain, reading.path);
         return;
     }

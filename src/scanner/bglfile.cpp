@@ -98,21 +98,21 @@ bool isReadable(const BglWords& d, std::size_t section) {
 } // namespace
 
 bool lf_bglHasAirports(const std::filesystem::path& path) {
+    std::array<char, headBytes> buffer;
     std::ifstream file;
-    file.rdbuf()->pubsetbuf(nullptr, 0);
+    file.rdbuf()->pubsetbuf(buffer.data(), buffer.size());
     file.open(path, std::ios::binary);
-    if (!file.is_open()) {
+    // Fills the buffer by one call to the system, which is what this look costs beside the opening.
+    if (!file.is_open() || file.peek() == std::ifstream::traits_type::eof()) {
         return false;
     }
-    std::array<std::byte, headBytes> buffer;
-    const auto head = readUpTo(file, buffer);
-    if (head.size() < smallestFile) {
-        return false;
-    }
+    std::array<std::byte, headBytes> copy;
+    const auto available = static_cast<std::size_t>(std::max<std::streamsize>(file.rdbuf()->in_avail(), 0));
+    const auto head = readUpTo(file, std::span(copy).first(std::min(available, copy.size())));
     const BglWords words(head);
     const std::size_t sections = words.size() > sectionCountAt ? words.word(sectionCountAt) : 0;
     const std::uint64_t tableEnd = headerBytes + std::uint64_t{sectionBytes} * sections;
-    if (sections == 0 || (head.size() < headBytes && head.size() <= tableEnd)) {
+    if (head.size() < smallestFile || sections == 0) {
         return false;
     }
     return tableEnd < head.size() ? holdsAirports(words, headerWords, sections)

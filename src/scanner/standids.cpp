@@ -1,8 +1,8 @@
 #include "scanner/standids.h"
 
 #include <algorithm>
-#include <array>
 #include <map>
+#include <string_view>
 
 namespace kst {
 
@@ -15,6 +15,21 @@ constexpr std::array<std::string_view, 12> prefixes = {"",   "r",   "p",  "np", 
 /// From the name code after the last prefix on, a prefix is one letter: 12 is "A".
 constexpr unsigned letterOffset = 'A' - 12;
 
+/// Two name codes may give one prefix, as 1 and 61 do.
+unsigned lowestCodeAlike(unsigned nameCode) {
+    static const auto codes = [] {
+        std::array<unsigned, 64> result{};
+        for (unsigned code = 0; code < result.size(); ++code) {
+            const std::string prefix = lf_standPrefix(code);
+            while (lf_standPrefix(result[code]) != prefix) {
+                ++result[code];
+            }
+        }
+        return result;
+    }();
+    return codes[nameCode];
+}
+
 } // namespace
 
 std::string lf_standPrefix(unsigned nameCode) {
@@ -24,16 +39,21 @@ std::string lf_standPrefix(unsigned nameCode) {
     return {static_cast<char>(nameCode + letterOffset)};
 }
 
-std::optional<StandIds::Id> StandIds::take(std::string id) {
-    if (taken_.insert(id).second) {
-        return Id{std::move(id), false};
+std::optional<StandIds::Id> StandIds::take(unsigned nameCode, unsigned number) {
+    std::unique_ptr<Counts>& counts = counts_[lowestCodeAlike(nameCode)];
+    if (!counts) {
+        counts = std::make_unique<Counts>();
     }
-    for (const char suffix : suffixes) {
-        if (std::string longer = id + suffix; taken_.insert(longer).second) {
-            return Id{std::move(longer), true};
-        }
+    std::uint8_t& count = (*counts)[number];
+    if (count > suffixes.size()) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    Id id{lf_standPrefix(nameCode) + std::to_string(number), count > 0};
+    if (id.suffixed) {
+        id.text += suffixes[count - 1U];
+    }
+    ++count;
+    return id;
 }
 
 void lf_settleDuplicateIds(std::vector<ParkPos>& stands) {

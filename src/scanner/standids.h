@@ -5,10 +5,11 @@
 
 #include "model/parkpos.h"
 
+#include <array>
+#include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
-#include <unordered_set>
 #include <vector>
 
 namespace kst {
@@ -19,17 +20,22 @@ std::string lf_standPrefix(unsigned nameCode);
 /// The identifiers handed out at one airport, so that each is unique.
 class StandIds {
 public:
+    /// The highest that a parking's number can be.
+    static constexpr unsigned highestNumber = 4095;
+
     struct Id {
         std::string text;
         bool suffixed = false; ///< it got a letter behind it
     };
 
-    /// The identifier itself, or with the first letter of "a" to "f" behind it that is free. Nothing when all
-    /// are taken.
-    std::optional<Id> take(std::string id);
+    /// The identifier of a stand with this name code (0 to 63) and number, or with the first letter of "a" to
+    /// "f" behind it that is free. Nothing when all are taken.
+    std::optional<Id> take(unsigned nameCode, unsigned number);
 
 private:
-    std::unordered_set<std::string> taken_;
+    /// How many stands have each number, for one prefix.
+    using Counts = std::array<std::uint8_t, highestNumber + 1>;
+    std::array<std::unique_ptr<Counts>, 64> counts_; ///< by the lowest name code with that prefix
 };
 
 /// Deals the letters of stands that share a name and number out again, now by size: the largest takes the

@@ -167,6 +167,10 @@ TEST(BglReader, StandsOfOneNumberAreLetteredBySize) {
     const AirportFile two = decodeOne(airport);
     EXPECT_THAT(ids(two), ElementsAre("g12a", "g13", "g12"));
 
+    // Name code 61 gives the letter that name code 1 stands for.
+    airport.parkings = {{1, 12, 9, 20.0F}, {61, 12, 9, 30.0F}};
+    EXPECT_THAT(ids(decodeOne(airport)), ElementsAre("r12a", "r12"));
+
     airport.parkings.assign(8, {10, 12, 9, 20.0F});
     for (std::size_t i = 0; i < airport.parkings.size(); ++i) {
         airport.parkings[i].radiusM += static_cast<float>(i);
