@@ -5,7 +5,7 @@
 // that.
 
 #include "catalogue/referencetables.h"
-#include "core/shorttext.h"
+#include "catalogue/scramble.h"
 #include "model/category.h"
 #include "model/liverydata.h"
 
@@ -31,7 +31,7 @@ using ModelTitles = TextMap<std::vector<std::string_view>>;
 
 /// A model that may stand in for another, with its size class at hand.
 struct SimilarModel {
-    ShortText<4> model;
+    ModelCode model;
     Category category = Category::Light;
 };
 using SimilarModels = TextMap<std::vector<SimilarModel>>;

@@ -93,10 +93,9 @@ const Registration* findRegistration(std::string_view regcode) {
     if (regcode.empty()) {
         return nullptr;
     }
-    const auto& table = referenceTables().regcodeTable;
     for (const RegcodeText& variant : gf_regcodeVariants(regcode)) {
-        if (const auto found = table.find(variant.view()); found != table.end()) {
-            return &found->second;
+        if (const Registration* const known = referenceTables().regcodeTable.find(variant)) {
+            return known;
         }
     }
     return nullptr;

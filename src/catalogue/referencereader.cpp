@@ -2,6 +2,7 @@
 
 #include "catalogue/reference.h"
 #include "catalogue/scramble.h"
+#include "catalogue/xmlsection.h"
 #include "core/exceptions.h"
 #include "core/files.h"
 #include "core/log.h"
@@ -12,6 +13,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
+#include <cstring>
+#include <optional>
 
 #include <fmt/format.h>
 
@@ -23,6 +27,7 @@ namespace {
 constexpr std::size_t tooLongForTitles = 5;
 
 constexpr std::size_t longestModel = 4;
+constexpr std::size_t largestReferenceDocument = std::size_t{512} * 1024 * 1024;
 
 using Decode = std::string (*)(std::string_view);
 
@@ -82,7 +87,7 @@ void readPublishers(const pugi::xml_document& document, std::string_view source,
 double metresOf(std::string_view text) {
     double value = 0.0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (result.ec != std::errc() || !(value > 0.0)) {
+    if (result.ec != std::errc() || !(value > 0.0) || !std::isfinite(value)) {
         throw std::runtime_error(fmt::format("wing span \"{}\" is no length", text));
     }
     return value;
@@ -127,29 +132,104 @@ void readThirdParties(const pugi::xml_document& document, ReferenceTables& table
     }
 }
 
-void addRegistration(const pugi::xml_node& node, ReferenceTables& tables) {
-    const std::string_view scrambled = node.attribute("reg").value();
-    const std::string_view type = node.attribute("type").value();
-    if (scrambled.size() > longestScrambledRegcode || type.size() == 1 || type.size() > longestModel) {
-        logLine(
-            fmt::format("registration \"{}\" of model \"{}\" has a wrong length, skipped", scrambled, type));
-        return;
+/// The attributes of a `db` element, found in one walk over them.
+struct RegistrationText {
+    std::string_view reg, airl, type, opr, cargo;
+
+    explicit RegistrationText(const pugi::xml_node& node) {
+        for (auto attribute = node.first_attribute(); attribute; attribute = attribute.next_attribute()) {
+            std::string_view* const text = textOf(attribute.name());
+            if (text != nullptr && text->data() == nullptr) {
+                *text = attribute.value();
+            }
+        }
     }
-    const std::string regcode = gf_decodeRegcode(scrambled);
-    const Registration record{.airline = gf_decodeAirline(node.attribute("airl").value()),
-                              .model = gf_decodeModel(type),
-                              .operatorCode = gf_decodeAirline(node.attribute("opr").value()),
-                              .cargo = textMeansTrue(node.attribute("cargo").value())};
-    if (!tables.regcodeTable.try_emplace(std::string_view(regcode), record).second) {
+
+private:
+    std::string_view* textOf(const char* name) {
+        switch (name[0]) {
+        case 'r':
+            return std::strcmp(name, "reg") == 0 ? &reg : nullptr;
+        case 'a':
+            return std::strcmp(name, "airl") == 0 ? &airl : nullptr;
+        case 't':
+            return std::strcmp(name, "type") == 0 ? &type : nullptr;
+        case 'o':
+            return std::strcmp(name, "opr") == 0 ? &opr : nullptr;
+        case 'c':
+            return std::strcmp(name, "cargo") == 0 ? &cargo : nullptr;
+        default:
+            return nullptr;
+        }
+    }
+};
+
+/// Decodes one element; nothing when a code in it has an impossible length, which is logged.
+std::optional<RegcodeTable::Entry> decodedRegistration(const pugi::xml_node& node) {
+    const RegistrationText text(node);
+    if (text.reg.size() > longestScrambledRegcode || text.type.size() == 1 ||
+        text.type.size() > longestModel) {
+        logLine(fmt::format("registration \"{}\" of model \"{}\" has a wrong length, skipped", text.reg,
+                            text.type));
+        return std::nullopt;
+    }
+    return RegcodeTable::Entry{.regcode = decodedRegcode(text.reg),
+                               .record = {.airline = decodedAirline(text.airl),
+                                          .model = decodedModel(text.type),
+                                          .operatorCode = decodedAirline(text.opr),
+                                          .cargo = textMeansTrue(text.cargo)}};
+}
+
+void addRegistration(const RegcodeTable::Entry& entry, ReferenceTables& tables) {
+    const std::string_view regcode = entry.regcode;
+    if (!tables.regcodeTable.insert(regcode, entry.record)) {
         logLine(fmt::format("regcode {} already exists", regcode));
-    } else if (record.airline == privateAirline && !regcode.empty() && regcode.size() < tooLongForTitles) {
-        tables.shortPrivateRegcodes.push_back(regcode);
+    } else if (entry.record.airline == privateAirline && !regcode.empty() &&
+               regcode.size() < tooLongForTitles) {
+        tables.shortPrivateRegcodes.emplace_back(regcode);
     }
 }
 
-void readRegistrations(const pugi::xml_document& document, ReferenceTables& tables) {
-    for (const pugi::xml_node node : document.child("dbase").children("db")) {
-        addRegistration(node, tables);
+void readRegistrations(const pugi::xml_node& parent, ReferenceTables& tables) {
+    std::vector<RegcodeTable::Entry> batch;
+    for (const pugi::xml_node node : parent.children("db")) {
+        if (const auto entry = decodedRegistration(node)) {
+            tables.regcodeTable.prepare(entry->regcode);
+            batch.push_back(*entry);
+        }
+    }
+    for (const RegcodeTable::Entry& entry : batch) {
+        addRegistration(entry, tables);
+    }
+}
+
+void requireParsed(const pugi::xml_parse_result& result, std::string_view source) {
+    if (!result) {
+        throw UserErrorException(60,
+                                 fmt::format("\"{}\" not read because of {}", source, result.description()));
+    }
+}
+
+/// Everything but the registrations is small: it is parsed as one document, the registrations piece by piece
+/// in their place.
+void readInPieces(std::string& text, const XmlSection& section, std::string_view source,
+                  ReferenceTables& tables) {
+    // A hint only; a text that lies about its number of elements gets no memory for it.
+    constexpr std::size_t mostExpected = 4'000'000;
+    constexpr unsigned int parsePiece = pugi::parse_default | pugi::parse_fragment;
+    pugi::xml_document document;
+    {
+        const std::string others = text.substr(0, section.begin) + text.substr(section.end);
+        requireParsed(document.load_buffer(others.data(), others.size()), source);
+    }
+    readReferenceDocument(document, source, tables);
+    tables.regcodeTable.reserve(std::min(section.children, mostExpected));
+    for (std::size_t i = 1; i < section.cuts.size(); ++i) {
+        const std::size_t size = section.cuts[i] - section.cuts[i - 1];
+        requireParsed(document.load_buffer_inplace(text.data() + section.cuts[i - 1], size, parsePiece,
+                                                   pugi::encoding_utf8),
+                      source);
+        readRegistrations(document, tables);
     }
 }
 
@@ -198,28 +278,45 @@ void readReferenceDocument(const pugi::xml_document& document, std::string_view 
     readFixes(document, tables);
     readRequired(document, "simaddonsP3D", "simaddonP3D", "arpts", plain, tables.simaddonAirports);
     readThirdParties(document, tables);
-    readRegistrations(document, tables);
+    readRegistrations(document.child("dbase"), tables);
+}
+
+void readReferenceText(std::string& text, std::string_view source, ReferenceTables& tables) {
+    constexpr std::size_t pieceSize = 32 * 1024;
+    if (const auto section = findXmlSection(text, "dbase", pieceSize)) {
+        readInPieces(text, *section, source, tables);
+        return;
+    }
+    pugi::xml_document document;
+    requireParsed(document.load_buffer_inplace(text.data(), text.size()), source);
+    readReferenceDocument(document, source, tables);
+}
+
+void readReferenceFile(const std::filesystem::path& file, ReferenceTables& tables) {
+    const std::string name = platform::utf8FromPath(file);
+    std::string text;
+    if (const std::error_code error = readFile(file, text, largestReferenceDocument)) {
+        throw UserErrorException(60, fmt::format("\"{}\" not read because of {}", name, error.message()));
+    }
+    readReferenceText(text, name, tables);
 }
 
 bool gf_readDbase() {
     const auto file = folders::input / "temp2.xml";
-    const std::string name = platform::utf8FromPath(file);
     if (!lf_fetchDatabase(file)) {
         throw SysErrorException(23, "data base could not be read from on-line?");
     }
-    pugi::xml_document document;
-    const pugi::xml_parse_result result = document.load_file(file.c_str());
-    if (!result) {
-        throw UserErrorException(60,
-                                 fmt::format("\"{}\" not read because of {}", name, result.description()));
-    }
     try {
-        readReferenceDocument(document, name, referenceTables());
+        readReferenceFile(file, referenceTables());
     } catch (const pugi::xpath_exception& error) {
         logLine(fmt::format("gf_readDbase: {}", error.what()));
         return false;
     }
-    std::filesystem::remove(file);
+    std::error_code error;
+    std::filesystem::remove(file, error);
+    if (error) {
+        throw std::filesystem::filesystem_error("remove", file, error);
+    }
     return true;
 }
 

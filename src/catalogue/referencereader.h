@@ -2,7 +2,10 @@
 
 #include "catalogue/referencetables.h"
 
+#include <filesystem>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include <pugixml.hpp>
 
@@ -14,6 +17,12 @@ namespace kst {
 /// sections are logged and skipped.
 void readReferenceDocument(const pugi::xml_document& document, std::string_view source,
                            ReferenceTables& tables);
+
+/// The same from the text of a document, which is used up, in little more space than text and tables need.
+/// Throws UserErrorException 60 as well, when it is no XML.
+void readReferenceText(std::string& text, std::string_view source, ReferenceTables& tables);
+/// The same from a file.
+void readReferenceFile(const std::filesystem::path& file, ReferenceTables& tables);
 
 /// Whether a boolean attribute's text means true: it begins with 1, t, T, y or Y.
 bool textMeansTrue(std::string_view text);

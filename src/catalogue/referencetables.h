@@ -2,7 +2,7 @@
 
 // The tables of the reference database, shared by the reader that fills them and the look-ups.
 
-#include "core/shorttext.h"
+#include "catalogue/regcodetable.h"
 #include "model/category.h"
 
 #include <array>
@@ -23,14 +23,6 @@ struct TextHash {
 
 using TextSet = std::set<std::string, std::less<>>;
 
-/// A RegcodeRec in little space: there are hundreds of thousands.
-struct Registration {
-    ShortText<3> airline;
-    ShortText<4> model;
-    ShortText<3> operatorCode;
-    bool cargo = false;
-};
-
 struct ReferenceTables {
     TextSet validModels;
     TextSet heavyModels, largeModels, buzjetModels, highPerfModels, rotorcraftModels;
@@ -43,7 +35,7 @@ struct ReferenceTables {
     std::unordered_map<std::string, std::string> modelFixes;
     TextSet simaddonAirports;
     std::vector<std::pair<std::string, std::vector<std::string>>> thirdPartyAirports;
-    std::unordered_map<ShortText<24>, Registration, TextHash, std::equal_to<>> regcodeTable;
+    RegcodeTable regcodeTable;
     /// Registrations of private aircraft that are short enough to be looked for in titles, in document order.
     std::vector<std::string> shortPrivateRegcodes;
 };

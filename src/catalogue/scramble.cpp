@@ -56,12 +56,17 @@ char shiftedIfCode(char c, int by) {
 }
 
 template <typename Places>
-std::string unscramble(std::string_view text, const Places& places) {
-    std::string result(places.size(), ' ');
+auto unscramble(std::string_view text, const Places& places) {
+    std::array<char, std::tuple_size_v<Places>> result{};
     for (std::size_t i = 0; i < places.size(); ++i) {
         result[i] = shiftedIfCode(text[places[i].input], -places[i].shift);
     }
     return result;
+}
+
+template <std::size_t Size>
+std::string_view viewOf(const std::array<char, Size>& text) {
+    return {text.data(), Size};
 }
 
 template <typename Places>
@@ -73,17 +78,19 @@ void scrambleInto(std::string_view code, const Places& places, std::string& resu
 
 } // namespace
 
-std::string gf_decodeRegcode(std::string_view text) {
+RegcodeCode decodedRegcode(std::string_view text) {
     if (text.size() > longestScrambledRegcode) {
         throw std::runtime_error(fmt::format("regcode of {} characters", text.size()));
     }
-    std::string result(text);
-    for (std::size_t i = 0; i < result.size(); ++i) {
-        if (result[i] != '+') {
-            result[i] = shiftedIfCode(result[i], -K[i]);
-        }
+    std::array<char, longestScrambledRegcode> result{};
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        result[i] = text[i] == '+' ? '+' : shiftedIfCode(text[i], -K[i]);
     }
-    return result;
+    return viewOf(result).substr(0, text.size());
+}
+
+std::string gf_decodeRegcode(std::string_view text) {
+    return std::string(decodedRegcode(text));
 }
 
 std::string gf_encodeRegcode(std::string_view text) {
@@ -106,19 +113,23 @@ std::string gf_encodeRegcode(std::string_view text) {
     return result;
 }
 
-std::string gf_decodeModel(std::string_view text) {
+ModelCode decodedModel(std::string_view text) {
     switch (text.size()) {
     case 0:
         return {};
     case 2:
-        return unscramble(text, modelPlaces2);
+        return viewOf(unscramble(text, modelPlaces2));
     case 3:
-        return unscramble(text, modelPlaces3);
+        return viewOf(unscramble(text, modelPlaces3));
     case 4:
-        return unscramble(text, modelPlaces4);
+        return viewOf(unscramble(text, modelPlaces4));
     default:
         throw std::runtime_error(fmt::format("decrypt model \"{}\" error", text));
     }
+}
+
+std::string gf_decodeModel(std::string_view text) {
+    return std::string(decodedModel(text));
 }
 
 std::string gf_encodeModel(std::string_view text) {
@@ -141,18 +152,22 @@ std::string gf_encodeModel(std::string_view text) {
     return result;
 }
 
-std::string gf_decodeAirline(std::string_view text) {
+AirlineCode decodedAirline(std::string_view text) {
     if (text.empty()) {
         return {};
     }
     if (text.size() == airlineLength) {
         logLine(fmt::format("Unencrypted airline {} in decrypt airl?", text));
-        return std::string(text);
+        return text;
     }
     if (text.size() != scrambledAirlineLength) {
         throw std::runtime_error(fmt::format("decrypt airl \"{}\" error", text));
     }
-    return unscramble(text, airlinePlaces);
+    return viewOf(unscramble(text, airlinePlaces));
+}
+
+std::string gf_decodeAirline(std::string_view text) {
+    return std::string(decodedAirline(text));
 }
 
 std::string gf_encodeAirline(std::string_view text) {

@@ -3,12 +3,23 @@
 // The data files hold their codes in a shifted form, so that the lists are not readable at a glance. Every
 // coder works on the 46 characters from '-' to 'Z' (ASCII 45 to 90), which wrap round.
 
+#include "core/shorttext.h"
+
 #include <string>
 #include <string_view>
 
 namespace kst {
 
 inline constexpr std::size_t longestScrambledRegcode = 24;
+
+using RegcodeCode = ShortText<longestScrambledRegcode>;
+using ModelCode = ShortText<4>;
+using AirlineCode = ShortText<3>;
+
+/// The decoders below, for a caller that has hundreds of thousands of codes to keep.
+RegcodeCode decodedRegcode(std::string_view text);
+ModelCode decodedModel(std::string_view text);
+AirlineCode decodedAirline(std::string_view text);
 
 /// A registration of at most 24 characters; '+' stays as it is. Empty text gives empty text. Longer text
 /// throws std::runtime_error.

@@ -146,6 +146,10 @@ std::error_code readFile(const std::filesystem::path& path, std::string& content
     if (!file.is_open()) {
         return {errno != 0 ? errno : EIO, std::generic_category()};
     }
+    // The size is a hint: a file may grow, or have none.
+    std::error_code ignored;
+    const std::uintmax_t expected = std::filesystem::file_size(path, ignored);
+    content.reserve(ignored || expected > largest ? 0 : static_cast<std::size_t>(expected));
     std::array<char, 64 * 1024> block;
     while (file.read(block.data(), block.size()) || file.gcount() > 0) {
         content.append(block.data(), static_cast<std::size_t>(file.gcount()));

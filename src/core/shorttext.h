@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <stdexcept>
@@ -26,7 +25,10 @@ public:
         if (text.size() > Capacity) {
             throw std::length_error("text too long for its place");
         }
-        std::copy(text.begin(), text.end(), text_.begin());
+        // A loop of its own: for so few characters a call costs more than the copying.
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            text_[i] = text[i];
+        }
     }
     // NOLINTNEXTLINE(google-explicit-constructor)
     constexpr ShortText(const char* text) : ShortText(std::string_view(text)) {}

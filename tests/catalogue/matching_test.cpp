@@ -70,7 +70,7 @@ void install(const Fleet& fleet, const std::map<std::string, Registration>& know
     setReferenceForTest(fleet.models);
     referenceTables().similarLists = fleet.groups;
     for (const auto& [regcode, record] : known) {
-        referenceTables().regcodeTable.emplace(regcode, record);
+        referenceTables().regcodeTable.insert(regcode, record);
     }
     gf_buildAirlineIndex(fleet.liveries);
     gf_buildAirlineModelTitles();

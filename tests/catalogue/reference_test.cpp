@@ -115,6 +115,68 @@ TEST_F(ReferenceDocument, FirstRegistrationWinsAndSpellingsAreTried) {
     EXPECT_FALSE(gf_regcodeRecord("D-XXXX").has_value());
 }
 
+// However the registrations are cut into pieces, every one is read that a parser of the whole document sees.
+TEST_F(ReferenceDocument, RegistrationsAreReadInPieces) {
+    const auto db = [](const std::string& reg, const char* more = "") {
+        std::string code = gf_encodeRegcode(reg);
+        for (std::size_t at = 0; (at = code.find('<', at)) != std::string::npos; at += 4) {
+            code.replace(at, 1, "&lt;");
+        }
+        return fmt::format("<db reg=\"{}\" {}/>", code, more);
+    };
+    std::string many;
+    for (int i = 0; i < 5000; ++i) {
+        many += db(fmt::format("N{}", i), "note='a \" > b'") + "\n";
+    }
+    const std::pair<std::string, std::size_t> cases[] = {
+        {"<dbase>" + many + "</dbase>", 5000},
+        {"<!-- <dbase>" + db("NO") + "--><dbase>" + db("YES") + "<!-- " + db("NO") + " -->" + db("YES2") +
+             "</dbase><dbase>" + db("NO") + "</dbase>",
+         2},
+        {"<dbase />" + ("<dbase>" + db("NO") + "</dbase>"), 0},
+        {"<x><dbase>" + db("NO") + "</dbase></x><dbase note=\">\">" + db("YES") + "<y>" + db("NO") +
+             "</y></dbase>",
+         1},
+        {"<dbase>" + db("YES") + "<db>" + db("NO") + "</db></dbase>", 2},
+        {"", 0},
+    };
+    for (const auto& [registrations, count] : cases) {
+        referenceTables() = {};
+        std::string text = "<?xml version=\"1.0\"?>\n" + requiredSections() + registrations;
+        readReferenceText(text, "test", referenceTables());
+        EXPECT_EQ(referenceTables().regcodeTable.size(), count) << registrations.substr(0, 200);
+        EXPECT_EQ(referenceTables().regcodeTable.find("NO"), nullptr) << registrations.substr(0, 200);
+    }
+    for (const char* broken : {"<dbase>", "<dbase><db></dbase>", "<dbase><db reg=\"</dbase>",
+                               "<dbase><db a=b/></dbase>", "<![CDATA[", "</dbase>"}) {
+        std::string text = requiredSections() + broken;
+        try {
+            readReferenceText(text, "test", referenceTables());
+            ADD_FAILURE() << broken;
+        } catch (const UserErrorException& error) {
+            EXPECT_EQ(error.code(), 60) << broken;
+        }
+    }
+}
+
+TEST_F(ReferenceDocument, BadRegistrationsAreSkippedButABadAirlineEndsTheRead) {
+    read(requiredSections() + "<dbase><db reg=\"AAAAAAAAAAAAAAAAAAAAAAAAA\"/><db reg=\"" +
+         gf_encodeRegcode("HB-ABC") + "\" type=\"ABCDE\"/><db reg=\"" + gf_encodeRegcode("HB-DEF") +
+         "\"/></dbase>");
+    EXPECT_EQ(referenceTables().regcodeTable.size(), 1U);
+    EXPECT_TRUE(gf_regcodeRecord("HBDEF").has_value());
+    EXPECT_THROW(read(requiredSections() + "<dbase><db reg=\"AB\" airl=\"ABCD\"/></dbase>"),
+                 std::runtime_error);
+}
+
+TEST(RegcodeInTitle, FirstShortOneOfAPrivateAircraft) {
+    referenceTables().shortPrivateRegcodes = {"G-AB", "N12"};
+    EXPECT_EQ(gf_regcodeInTitle("Cub N12 of G-AB"), "G-AB");
+    EXPECT_EQ(gf_regcodeInTitle("Cub N123"), "N12");
+    EXPECT_EQ(gf_regcodeInTitle("Cub n12"), "");
+    referenceTables() = {};
+}
+
 TEST(RegcodeVariants, HyphenFormsComeFirst) {
     using List = std::vector<std::string>;
     const std::pair<const char*, List> cases[] = {

@@ -306,9 +306,9 @@ struct IdentityCase {
 
 TEST_F(Buffering, IdentityDecides) {
     auto& known = referenceTables().regcodeTable;
-    known["HB-JCA"] = {"SWR", "B738", "", false};
-    known["D-AALA"] = {"BCS", "B77W", "BOX", true};
-    known["HB-PVT"] = {"PVT", "", "", false};
+    known.insert("HB-JCA", {"SWR", "B738", "", false});
+    known.insert("D-AALA", {"BCS", "B77W", "BOX", true});
+    known.insert("HB-PVT", {"PVT", "", "", false});
     const IdentityCase cases[] = {
         {"callsign alone", "SWR1", "", "", Reason::None, "PVT", "A320", "SWR1", false},
         {"unknown registration", "SWR1", "N1ZZ", "", Reason::None, "PVT", "A320", "SWR1", false},
