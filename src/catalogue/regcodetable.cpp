@@ -29,6 +29,12 @@ std::uint32_t markOf(std::size_t hash) {
 
 } // namespace
 
+RegcodeTable::RegcodeTable(std::initializer_list<Entry> entries) {
+    for (const Entry& entry : entries) {
+        insert(entry.regcode, entry.record);
+    }
+}
+
 void RegcodeTable::reserve(std::size_t count) {
     entries_.reserve(count);
     if (count * slotsPerEntry > slots_.size()) {

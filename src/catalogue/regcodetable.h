@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <string_view>
 #include <vector>
 
@@ -26,6 +27,8 @@ public:
         Registration record;
     };
 
+    RegcodeTable() = default;
+    RegcodeTable(std::initializer_list<Entry> entries);
     void reserve(std::size_t count);
     /// False when the registration is there already: the first record stays. Throws std::length_error for one
     /// of more than 24 characters.
@@ -38,7 +41,7 @@ public:
     std::size_t size() const { return entries_.size(); }
     std::vector<Entry>::const_iterator begin() const { return entries_.begin(); }
     std::vector<Entry>::const_iterator end() const { return entries_.end(); }
-    void clear() { *this = {}; }
+    void clear() { *this = RegcodeTable(); }
 
 private:
     /// A free slot is 0. A taken one holds the number of its entry from 1, and above it a few bits of the

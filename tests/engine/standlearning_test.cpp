@@ -146,7 +146,7 @@ TEST_F(StandLearning, SecondFlightOfAVisit) {
 }
 
 TEST_F(StandLearning, WhoFliesItIsTakenFromTheReference) {
-    referenceTables().regcodeTable["HB-JLT"] = {"EDW", "A20N", "SWR", false};
+    referenceTables().regcodeTable.insert("HB-JLT", {"EDW", "A20N", "SWR", false});
     ac.airline = "XXX";
     ac.acType = "A321";
     see({1, 20});
