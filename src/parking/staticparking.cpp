@@ -5,6 +5,8 @@
 #include "core/parameters.h"
 #include "core/parkairport.h"
 #include "engine/parkinglink.h"
+#include "engine/standselection.h"
+#include "parking/learning.h"
 #include "parking/stands.h"
 
 #include <algorithm>
@@ -46,6 +48,9 @@ void lf_startParkingRenewal() {}
 void lf_clearUserStand() {}
 
 void lf_saveAndCloseAirport() {
+    lf_saveLearnedChanges();
+    clearStandChanges();
+    resetStandSelection();
     clearLoadedAirport();
     setParkAirport(std::nullopt);
 }
