@@ -35,6 +35,7 @@ constexpr double implausibleFactor = 10.0;
 constexpr double mostSpeeds = 2.0;
 constexpr double windKt = 100.0;
 constexpr double placeSlackNm = 0.3;
+constexpr double aheadS = 10.0;
 constexpr double mostFtPerSecond = 250.0;
 constexpr double altitudeSlackFt = 1000.0;
 
@@ -86,9 +87,17 @@ bool placeImplausible(const FeedMessage& rec, const LiveAc& ac, double intervalS
         return false;
     }
     const TrackPoint& last = ac.track.back();
-    const double speedKt = mostSpeeds * std::max(rec.groundSpeed, last.gsKt) + windKt;
+    const double fastestKt = std::max(rec.groundSpeed, last.gsKt);
+    LatLon from = last.position();
+    double speedKt = mostSpeeds * fastestKt + windKt;
+    if (last.gsKt > fastKt && last.trackDeg != 0.0 && intervalS <= aheadS) {
+        // Nothing fast turns back in a few seconds: it is to be found round the place ahead of it.
+        const double aheadFt = last.gsKt * intervalS / secondsPerHour * feetPerNm;
+        from = gf_destination(from, last.trackDeg * radPerDeg, aheadFt);
+        speedKt = fastestKt + windKt;
+    }
     const double reachNm = placeSlackNm + speedKt * intervalS / secondsPerHour;
-    if (gf_distanceNm(last.position(), {rec.latitude, rec.longitude}) > reachNm) {
+    if (gf_distanceNm(from, {rec.latitude, rec.longitude}) > reachNm) {
         return true;
     }
     return rec.airborne && last.airborne &&

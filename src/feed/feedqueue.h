@@ -19,7 +19,7 @@ void setFeedOpen(bool open);
 /// the record is lost). Traffic Reader.
 bool pushFeedMessage(FeedMessage&& message);
 /// Takes at most `limit` records from the front into `out` (cleared first) and returns how many. The storage
-/// of `out` is reused. Worker.
+/// of `out` is reused. The log tells once a minute when records wait for longer than five seconds. Worker.
 std::size_t takeFeedMessages(std::vector<FeedMessage>& out, std::size_t limit);
 /// Empties the queue and closes it.
 void resetFeedQueue();

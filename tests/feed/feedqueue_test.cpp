@@ -43,6 +43,21 @@ TEST_F(FeedQueue, WorkerThatStandsStillLosesTheOldestRecordsOnly) {
     EXPECT_EQ(newLog(), "feed queue is full, 100000 records wait, the oldest are lost\n");
 }
 
+TEST_F(FeedQueue, FeedFasterThanTheWorkerIsToldOnceAMinute) {
+    // 3,000 targets, each with a record every three seconds, against two records a pass.
+    std::vector<FeedMessage> taken;
+    for (int tick = 0; tick < 100 * ticksPerSecond; ++tick) {
+        ++updateCount;
+        for (std::uint32_t i = 0; i < 10; ++i) {
+            pushFeedMessage(numbered(i));
+        }
+        takeFeedMessages(taken, 2);
+    }
+    EXPECT_EQ(newLog(),
+              "the feed is faster than it can be followed: 5016 records wait, the oldest for 5 s\n"
+              "the feed is faster than it can be followed: 53016 records wait, the oldest for 53 s\n");
+}
+
 TEST_F(FeedQueue, DueTickSurvivesTheWrapOfTheTickCount) {
     updateCount = std::numeric_limits<std::int32_t>::max() - 999;
     pushFeedMessage(numbered(1));

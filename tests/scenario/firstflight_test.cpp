@@ -4,24 +4,20 @@
 #include "engine/tables.h"
 #include "scenario/flightfacts.h"
 #include "scenario/scenarioworld.h"
-#include "support/places.h"
 
 #include <gtest/gtest.h>
 
-#include <map>
+#include <vector>
 
 namespace kst {
 namespace {
 
 using test::pathFacts;
 using test::physicalFacts;
+using test::recorded;
 using test::reportsOf;
 using test::ScenarioOptions;
 using test::ScenarioWorld;
-
-std::unique_ptr<standin::TrafficSource> recorded(const std::string& name, double start) {
-    return standin::recordedTraffic({.files = {{test::sourceFolder() / "data/tracks" / name, start}}});
-}
 
 /// Seconds in which a new object is created, found, frozen and begins to move.
 constexpr double takeOverSeconds = 5.0;
@@ -42,7 +38,8 @@ TEST(Scenario, OverflightsFlyTheirRecordedTracks) {
         const std::string name = aircraft.tailNumber;
         EXPECT_LT(path.medianOffLineM, 60.0) << name;
         EXPECT_LT(std::abs(path.medianLagS), 10.0) << name;
-        EXPECT_LT(std::abs(path.largestLagS), 30.0) << name;
+        EXPECT_LT(path.largestLagS, 30.0) << name;
+        EXPECT_LT(path.largestLeadS, 30.0) << name;
         const auto physics = physicalFacts(aircraft, aircraft.createdAt + takeOverSeconds);
         EXPECT_LT(physics.largestStepRatio, 1.5) << name;
         EXPECT_LT(physics.largestTurnRateDegS, 10.0) << name;
@@ -120,26 +117,26 @@ TEST(Scenario, RecordedArrivalTouchesDownAndSlowsOnTheRunway) {
     EXPECT_LT(pathFacts(history, reportsOf(world.sent(), "BAW3AK")).medianOffLineM, 60.0);
 }
 
-TEST(Scenario, SameSeedGivesTheSameFlightToTheLastBit) {
+TEST(Scenario, SameSeedGivesTheSameFlightsToTheLastBit) {
+    // The recording with every fault there is, from its beginning to its end.
     const auto fly = [](std::uint32_t seed) {
-        ScenarioWorld world({.user = {47.0, 8.0}, .userAltFt = 30000.0, .seed = seed});
-        world.feed(recorded("enroute_switzerland_2018.csv", 600.0));
-        world.play(120);
-        std::map<std::string, std::vector<double>> flown;
-        for (const auto& [id, aircraft] : world.simulator().objects()) {
-            for (const standin::HistoryPoint& point : aircraft.history) {
-                for (const double value :
-                     {point.place.lat, point.place.lon, point.place.altFt, point.place.pitchRad,
-                      point.place.bankRad, point.place.headingRad}) {
-                    flown[aircraft.tailNumber].push_back(value);
-                }
+        constexpr LatLon zurich{47.4647, 8.5492};
+        ScenarioWorld world({.user = zurich, .userAltFt = 20000.0, .seed = seed});
+        world.openAirport("LSZH", zurich, 1416.0);
+        world.feed(recorded("noisy_uncleaned.csv"));
+        std::vector<double> flown;
+        world.play(4200, [&] {
+            for (const LiveAc& ac : liveAcs) {
+                const SimState& state = ac.simState;
+                flown.insert(flown.end(),
+                             {state.lat, state.lon, state.altFt, state.pitch, state.bank, state.heading});
             }
-        }
+        });
         return flown;
     };
-    const auto first = fly(7);
-    EXPECT_FALSE(first.empty());
-    EXPECT_EQ(first, fly(7));
+    const std::vector<double> first = fly(7);
+    EXPECT_GT(first.size(), 100'000U);
+    EXPECT_TRUE(first == fly(7)) << "another flight from the same seed";
 }
 
 TEST(Scenario, RefusedCreationLeavesNoRecordAndTheOthersFly) {

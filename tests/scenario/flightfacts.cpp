@@ -1,6 +1,7 @@
 #include "scenario/flightfacts.h"
 
 #include "standins/simulator/terrain.h"
+#include "tools/measureflights/line.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,59 +13,9 @@ namespace {
 using standin::HistoryPoint;
 using standin::TrafficReport;
 
-constexpr double delayS = 30.0;
-constexpr double metresPerDegree = 111'194.93;
 constexpr double metresPerSecondPerKnot = 1852.0 / 3600.0;
 /// Below this speed the ratio of a step to its speed says nothing.
 constexpr double slowKt = 20.0;
-
-struct Flat {
-    double east;
-    double north;
-};
-
-Flat flat(double lat, double lon, double originLat, double originLon) {
-    return {(lon - originLon) * metresPerDegree * std::cos(originLat * standin::radPerDeg),
-            (lat - originLat) * metresPerDegree};
-}
-
-struct NearestOnLine {
-    double distanceM = 1e12;
-    double feedSeconds = 0.0;
-};
-
-/// The nearest place on the line of the reports round the time when the point is due.
-NearestOnLine nearest(const HistoryPoint& point, const std::vector<TrafficReport>& reports) {
-    constexpr double searchS = 90.0;
-    NearestOnLine best;
-    for (std::size_t i = 1; i < reports.size(); ++i) {
-        const TrafficReport& from = reports[i - 1];
-        const TrafficReport& to = reports[i];
-        if (to.at + delayS < point.atSeconds - searchS || from.at + delayS > point.atSeconds + searchS) {
-            continue;
-        }
-        const Flat a = flat(from.position.lat, from.position.lon, point.place.lat, point.place.lon);
-        const Flat b = flat(to.position.lat, to.position.lon, point.place.lat, point.place.lon);
-        const double dx = b.east - a.east;
-        const double dy = b.north - a.north;
-        const double length = dx * dx + dy * dy;
-        const double t = length > 0 ? std::clamp(-(a.east * dx + a.north * dy) / length, 0.0, 1.0) : 0.0;
-        const double distance = std::hypot(a.east + t * dx, a.north + t * dy);
-        if (distance < best.distanceM) {
-            best = {distance, from.at + t * (to.at - from.at)};
-        }
-    }
-    return best;
-}
-
-double quantile(std::vector<double>& values, double share) {
-    if (values.empty()) {
-        return 0.0;
-    }
-    const auto index = static_cast<std::size_t>(share * static_cast<double>(values.size() - 1));
-    std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(index), values.end());
-    return values[index];
-}
 
 double angleBetween(double a, double b) {
     return std::abs(std::remainder(b - a, 2 * standin::pi));
@@ -73,28 +24,34 @@ double angleBetween(double a, double b) {
 } // namespace
 
 PathFacts pathFacts(const std::deque<HistoryPoint>& history, const std::vector<TrafficReport>& reports) {
+    std::vector<tool::TrackPoint> line;
+    for (const TrafficReport& report : reports) {
+        line.push_back({report.at, report.position, report.altFt, report.gsKt, report.onGround});
+    }
     PathFacts facts;
     std::vector<double> offLine;
     std::vector<double> lag;
     constexpr std::size_t every = 25;
     for (std::size_t i = 0; i < history.size(); i += every) {
         const HistoryPoint& point = history[i];
-        if (point.onGround || reports.size() < 2 || point.atSeconds > reports.back().at + delayS) {
+        const auto place =
+            point.onGround
+                ? std::nullopt
+                : tool::placeOnLine(line,
+                                    {point.atSeconds, {point.place.lat, point.place.lon}, 0.0, 0.0, false});
+        if (!place) {
             continue;
         }
-        const NearestOnLine place = nearest(point, reports);
-        offLine.push_back(place.distanceM);
-        lag.push_back(point.atSeconds - delayS - place.feedSeconds);
+        offLine.push_back(place->distanceM);
+        lag.push_back(place->lagS);
+        facts.largestLagS = std::max(facts.largestLagS, place->lagS);
+        facts.largestLeadS = std::max(facts.largestLeadS, -place->lagS);
     }
     facts.points = offLine.size();
-    facts.medianOffLineM = quantile(offLine, 0.5);
-    facts.p95OffLineM = quantile(offLine, 0.95);
-    facts.medianLagS = quantile(lag, 0.5);
-    for (const double seconds : lag) {
-        if (std::abs(seconds) > std::abs(facts.largestLagS)) {
-            facts.largestLagS = seconds;
-        }
-    }
+    const tool::Spread spread = tool::spreadOf(offLine);
+    facts.medianOffLineM = spread.median;
+    facts.p95OffLineM = spread.p95;
+    facts.medianLagS = tool::spreadOf(lag).median;
     return facts;
 }
 

@@ -15,8 +15,9 @@ namespace kst::test {
 struct PathFacts {
     double medianOffLineM = 0.0;
     double p95OffLineM = 0.0;
-    double medianLagS = 0.0;  ///< behind the feed's time plus 30 seconds; negative is ahead
-    double largestLagS = 0.0; ///< by amount
+    double medianLagS = 0.0; ///< behind the feed's time plus 30 seconds; negative is ahead
+    double largestLagS = 0.0;
+    double largestLeadS = 0.0;
     std::size_t points = 0;
 };
 

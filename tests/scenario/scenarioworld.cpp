@@ -214,6 +214,11 @@ void ScenarioWorld::play(double seconds, const std::function<void()>& eachTick) 
     }
 }
 
+std::unique_ptr<standin::TrafficSource> recorded(const std::string& name, double startSeconds) {
+    return standin::recordedTraffic(
+        {.files = {{sourceFolder() / "data/tracks" / name, startSeconds}}, .longestGapSeconds = 60.0});
+}
+
 void DrawnTraffic::takeDue(double seconds, std::vector<standin::TrafficReport>& reports) {
     while (next_ < reports_.size() && reports_[next_].at <= seconds) {
         reports.push_back(reports_[next_++]);

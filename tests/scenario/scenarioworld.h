@@ -79,6 +79,9 @@ private:
     std::optional<ExitReason> exit_;
 };
 
+/// A file of the shipped recordings, from so many seconds into it.
+std::unique_ptr<standin::TrafficSource> recorded(const std::string& name, double startSeconds = 0.0);
+
 /// Reports for one target along a drawn way, one every `interval` seconds.
 class DrawnTraffic : public standin::TrafficSource {
 public:
