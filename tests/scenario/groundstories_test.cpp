@@ -340,7 +340,7 @@ TEST(GroundStories, WhatTheStandsRemember) {
         Apron apron;
         LEARN_SOFT.set(false);
         HELICOPTERS.set(true);
-        referenceTables().regcodeTable["D-AALA"] = {"BOX", "B77W", "", true};
+        referenceTables().regcodeTable.insert("D-AALA", {"BOX", "B77W", "", true});
         apron.world.advanceClock(std::chrono::minutes{13 * 60 + 40});
         Ground stay;
         stay.aircraft(entry.type, entry.registration).at(offset(zurich, 90.0, 5.0)).stand(50);
