@@ -34,6 +34,7 @@ void takeParameters(const pugi::xml_document& document, AirportFile& airport) {
     }
     airport.altitude = wholeAttribute(altitude);
     airport.airport_name = textAttribute(airportParameter(document, "airport_name"));
+    airport.BGLpath = textAttribute(airportParameter(document, "BGLpath"));
 }
 
 int qualityParameter(const pugi::xml_document& document, std::string_view name) {
