@@ -12,7 +12,7 @@
 #include "parking/stands.h"
 #include "scanner/airportdirectory.h"
 
-#include <ctime>
+#include <chrono>
 #include <filesystem>
 #include <random>
 
@@ -82,10 +82,9 @@ void writeAirport() {
 }
 
 double nanoseconds(auto work) {
-    // Processor time: other work on the machine does not count.
-    const std::clock_t begin = std::clock();
+    const auto begin = std::chrono::steady_clock::now();
     work();
-    return static_cast<double>(std::clock() - begin) * (1e9 / CLOCKS_PER_SEC);
+    return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - begin).count();
 }
 
 void loadAirport(benchmark::State& state) {

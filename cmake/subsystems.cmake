@@ -40,8 +40,8 @@ endfunction()
 function(kst_program name)
   if(WIN32)
     add_executable(${name} WIN32 src/platform/win32/entry.cpp)
-    # The entry takes UTF-16.
-    target_link_options(${name} PRIVATE -municode)
+    # The entry takes UTF-16. What users download carries no symbols.
+    target_link_options(${name} PRIVATE -municode -s)
     target_link_libraries(${name} PRIVATE kst_resources)
   elseif(KST_WINDOW_TOOLKIT AND EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/src/platform/linux/entry.cpp)
     add_executable(${name} src/platform/linux/entry.cpp)

@@ -113,7 +113,12 @@ void gf_reportCategory(Category category) {
     }
     logLine(text);
     logModels(models);
-    listFallbackModels(category);
+    if (std::vector<SimilarModel>* const fallbacks = fallbackModels(category)) {
+        fallbacks->clear();
+        for (const std::string_view model : models) {
+            fallbacks->push_back({model, category});
+        }
+    }
     if (const ClassSwitch shown = switchOf(category); shown.parameter != nullptr) {
         enableControl(shown.parameter->controlId(), true);
     }

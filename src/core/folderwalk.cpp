@@ -1,12 +1,11 @@
 #include "core/folderwalk.h"
 
 #include "core/runstate.h"
+#include "platform/folderidentity.h"
 #include "platform/paths.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <functional>
-#include <unordered_set>
+#include <set>
 
 namespace kst {
 
@@ -16,29 +15,16 @@ namespace fs = std::filesystem;
 using platform::EntryKind;
 using platform::FolderEntry;
 
-struct IdentityHash {
-    std::size_t operator()(const platform::FolderIdentity& identity) const {
-        return std::hash<std::uint64_t>{}(identity.index) ^
-               (std::hash<std::uint64_t>{}(identity.volume) << 1);
-    }
-};
-
 class Walker {
 public:
     explicit Walker(const FolderWalk& walk) : walk_(walk) {}
 
     void visit(const fs::path& folder) {
-        platform::FolderListing listing = platform::listFolder(folder);
-        if (listing.error && walk_.unreadable) {
-            walk_.unreadable(folder, listing.error);
-        }
-        if (listing.identity && !seen_.insert(*listing.identity).second) {
+        const auto identity = platform::folderIdentity(folder);
+        if (identity && !seen_.insert(*identity).second) {
             return;
         }
-        if (walk_.listed) {
-            walk_.listed(folder, listing.entries);
-        }
-        for (const FolderEntry& entry : entriesToVisit(std::move(listing.entries))) {
+        for (const FolderEntry& entry : entriesToVisit(folder)) {
             if (stopAsked()) {
                 return;
             }
@@ -57,7 +43,15 @@ private:
                (entry.kind == EntryKind::File && walk_.file && (!walk_.wants || walk_.wants(entry.name)));
     }
 
-    std::vector<FolderEntry> entriesToVisit(std::vector<FolderEntry> entries) const {
+    std::vector<FolderEntry> entriesToVisit(const fs::path& folder) const {
+        std::vector<FolderEntry> entries;
+        const std::error_code error = platform::listFolder(folder, entries);
+        if (error && walk_.unreadable) {
+            walk_.unreadable(folder, error);
+        }
+        if (walk_.listed) {
+            walk_.listed(folder, entries);
+        }
         std::erase_if(entries, [this](const FolderEntry& entry) { return !isToVisit(entry); });
         std::sort(entries.begin(), entries.end(),
                   [](const FolderEntry& a, const FolderEntry& b) { return a.name < b.name; });
@@ -65,7 +59,7 @@ private:
     }
 
     const FolderWalk& walk_;
-    std::unordered_set<platform::FolderIdentity, IdentityHash> seen_;
+    std::set<platform::FolderIdentity> seen_;
 };
 
 } // namespace

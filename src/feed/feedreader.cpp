@@ -7,6 +7,7 @@
 #include "core/runstate.h"
 #include "core/socketerrors.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include <asio/buffer.hpp>
@@ -24,11 +25,6 @@ enum SocketFailure : int { startFailed = 30, createFailed = 31, bindFailed = 32 
 
 // A receive that fails at once, again and again, must not keep a processor busy.
 constexpr std::chrono::milliseconds pauseAfterError{10};
-
-bool isError(const std::error_code& error) {
-    // A datagram larger than the buffer is an error on one system and cut on the other.
-    return error && error != asio::error::operation_aborted && error != asio::error::message_size;
-}
 } // namespace
 
 struct FeedReader::Socket {
@@ -80,14 +76,12 @@ void FeedReader::receiveNext() {
     if (stop) {
         return;
     }
-    socket_->udpSocket.async_receive_from(asio::buffer(buffer.data(), bufferSize), socket_->sender,
+    socket_->udpSocket.async_receive_from(asio::buffer(buffer), socket_->sender,
                                           [this](const std::error_code& error, std::size_t length) {
-                                              if (isError(error)) {
+                                              if (!error) {
+                                                  handleDatagram(std::min(length, bufferSize));
+                                              } else if (error != asio::error::operation_aborted) {
                                                   sleepFor(pauseAfterError);
-                                              } else if (error == asio::error::message_size) {
-                                                  handleDatagram(bufferSize);
-                                              } else if (!error) {
-                                                  handleDatagram(length);
                                               }
                                               receiveNext();
                                           });

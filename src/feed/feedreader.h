@@ -53,7 +53,9 @@ public:
     std::atomic<std::uint32_t> received{0}; ///< datagrams accepted since the reset
     std::atomic<std::uint32_t> receivedAtLastCheck{0};
     std::atomic<bool> silentAtLastCheck{false};
-    std::array<char, bufferSize + 1> buffer{};
+    /// Takes any datagram whole. One that is cut counts as an error on some systems, and Asio then completes
+    /// the receive twice.
+    std::array<char, 65'536> buffer{};
     std::string lastLine;  ///< for the test whether a datagram came twice
     bool localFeed = true; ///< RealTraffic is at this PC: nothing comes twice, no line is kept
 

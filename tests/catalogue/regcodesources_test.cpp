@@ -11,6 +11,7 @@
 #include "core/parameters.h"
 #include "platform/paths.h"
 #include "support/environment.h"
+#include "support/places.h"
 #include "support/tempfolder.h"
 #include "tools/kestrane-data/zipfile.h"
 
@@ -58,8 +59,7 @@ class Store : public testing::Test {
 protected:
     Store() {
         gf_emptyCatalogue();
-        test::setEnvironment("KESTRANE_DOWNLOAD_ROOT",
-                             "file://" + platform::utf8FromPath(folder_.path()) + "/downloads/");
+        test::setEnvironment("KESTRANE_DOWNLOAD_ROOT", test::fileUrl(folder_.path()) + "/downloads/");
         folder_.write("downloads/none", "");
         folder_.write("input/my_regcodes/none", "");
         std::filesystem::remove("input/my_regcodes/none");

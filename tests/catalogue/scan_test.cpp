@@ -10,6 +10,7 @@
 #include "core/parameters.h"
 #include "core/runstate.h"
 #include "support/environment.h"
+#include "support/places.h"
 #include "support/tempfolder.h"
 #include "support/virtualtime.h"
 
@@ -80,7 +81,10 @@ protected:
         }
         return lines;
     }
-    std::string log() const { return folder.read("Log.txt").value_or(""); }
+    std::string log() const { return report("Log.txt"); }
+    std::string report(const fs::path& name) const {
+        return test::withSlashes(folder.read(name).value_or(""));
+    }
 
     test::TempFolder folder;
 };
@@ -92,7 +96,7 @@ TEST_F(LiveryScan, StoresWhatItFoundSortedAndCorrected) {
     EXPECT_TRUE(lf_scanFolders({"missing", "ai/b/aircraft.cfg", "", "AI"}));
     EXPECT_EQ(stored(), "airl=EWG type=A320 cargo=true title=known atcid=DAIUA\n"
                         "airl=KLM type=B738 title=one & \"<\xE9>\"\nairl=KLM type=B738 title=two\n");
-    EXPECT_EQ(folder.read("output/info/AirlineModelConversions.txt"),
+    EXPECT_EQ(report("output/info/AirlineModelConversions.txt"),
               fmt::format("{0:80} DAIUA cargo false => true\n{0:80} DAIUA airl DLH => EWG\n"
                           "{0:80} DAIUA model C172 => A320\n",
                           "known"));
@@ -111,17 +115,17 @@ TEST_F(LiveryScan, TheFirstInTheOrderOfTheWalkKeepsATitle) {
     const std::string section = "title=same\natc_parking_codes=";
     aircraft("ai/c", "B738", {section + "DLH"});
     aircraft("ai/b/x", "B738", {section + "KLM", section + "DLH"});
-    aircraft("ai2/a", "B738", {section + "DLH"});
-    EXPECT_TRUE(lf_scanFolders({"ai", "ai2", "ai"}));
+    aircraft("ai_2/a", "B738", {section + "DLH"});
+    EXPECT_TRUE(lf_scanFolders({"ai", "ai_2", "ai"}));
     EXPECT_EQ(stored(), "airl=KLM type=B738 title=same\n");
-    EXPECT_EQ(folder.read("output/errors/IncompleFltsimSections.txt"),
+    EXPECT_EQ(report("output/errors/IncompleFltsimSections.txt"),
               "ai/b/x/aircraft.cfg [fltsim.0] title \"same\" already exists\n"
               "ai/b/x/aircraft.cfg [fltsim.1] title \"same\" already exists\n"
               "ai/b/x/aircraft.cfg [fltsim.1] title \"same\" already exists\n"
               "ai/c/aircraft.cfg [fltsim.0] title \"same\" already exists\n"
               "ai/c/aircraft.cfg [fltsim.0] title \"same\" already exists\n"
-              "ai2/a/aircraft.cfg [fltsim.0] title \"same\" already exists\n");
-    EXPECT_THAT(log(), HasSubstr("\n1 liverie found in ai\n0 liverie found in ai2\n"));
+              "ai_2/a/aircraft.cfg [fltsim.0] title \"same\" already exists\n");
+    EXPECT_THAT(log(), HasSubstr("\n1 liverie found in ai\n0 liverie found in ai_2\n"));
     EXPECT_THAT(log(), HasSubstr("\n6 incomplete [fltsim.x] sections, see "));
 }
 
@@ -136,14 +140,13 @@ TEST_F(LiveryScan, EveryReportHasItsFileAndItsLine) {
     folder.write("ai/7/aircraft.cfg", "\xFF\xFE" + std::string("\x00\xD8\n\0", 4));
     EXPECT_TRUE(lf_scanFolders({"ai"}));
     EXPECT_EQ(stored(), "airl=PVT type=C172 title=4\n");
-    EXPECT_EQ(folder.read("output/errors/InvalidAirlineCodes.txt"),
+    EXPECT_EQ(report("output/errors/InvalidAirlineCodes.txt"),
               "QQQ          in ai/3/aircraft.cfg [fltsim.0]\nQQQ          in ai/4/aircraft.cfg [fltsim.0]\n");
-    EXPECT_EQ(folder.read("output/errors/InvalidAircraftCodes.txt"),
-              "none             in ai/1/aircraft.cfg\n");
-    EXPECT_EQ(folder.read("output/errors/InvalidAircraftCfgFiles.txt"),
+    EXPECT_EQ(report("output/errors/InvalidAircraftCodes.txt"), "none             in ai/1/aircraft.cfg\n");
+    EXPECT_EQ(report("output/errors/InvalidAircraftCfgFiles.txt"),
               "Line atc_model= is missing in [General] section of ai/6/aircraft.cfg\n"
               "ai/5/aircraft.cfg contains non-consecutive [fltsim.x] numbers at .x=1\n");
-    EXPECT_EQ(folder.read("output/info/AircraftCfgWithNoFltsimSection.txt"), "ai/2/aircraft.cfg\n");
+    EXPECT_EQ(report("output/info/AircraftCfgWithNoFltsimSection.txt"), "ai/2/aircraft.cfg\n");
     EXPECT_FALSE(fs::exists("output/errors/Fixes.txt"));
     EXPECT_THAT(log(),
                 HasSubstr("\nErrors:\n2 invalid airline codes, see output/errors/InvalidAirlineCodes.txt\n"

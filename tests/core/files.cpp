@@ -12,6 +12,7 @@
 namespace kst {
 namespace {
 
+using testing::AnyOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using namespace std::string_literals;
@@ -89,7 +90,8 @@ TEST_F(FilesTest, WhatIsNoTextFileIsRefusedWithAWord) {
     EXPECT_TRUE(lines.empty());
 
     EXPECT_FALSE(gf_readExtTextFileToStringVector("docs", lines));
-    EXPECT_THAT(log(), HasSubstr("gf_readExtTextFileToStringVector docs: "));
+    EXPECT_THAT(log(), AnyOf(HasSubstr("gf_readExtTextFileToStringVector docs: "),
+                             HasSubstr("cannot open file docs for character encoding, err: 13\n")));
 
     folder.write("huge.txt", "x");
     std::filesystem::resize_file("huge.txt", largestTextFile + 1);

@@ -77,6 +77,8 @@ protected:
         return names;
     }
 
+    /// The store's place as texts show it.
+    std::string writtenPath() const { return (folder.path() / storePath).make_preferred().string(); }
     test::TempFolder folder;
 };
 
@@ -87,8 +89,7 @@ TEST_F(ParameterFileTest, AFirstStartWritesEveryDefaultAndNoFolderEntries) {
     EXPECT_EQ(entries(), freshStore);
     EXPECT_EQ(MAX_LIVE, -1);
     EXPECT_TRUE(lfolder[0].empty());
-    const std::string path = (folder.path() / storePath).string();
-    EXPECT_THAT(log(), HasSubstr(path + " not found, default values taken:\n"));
+    EXPECT_THAT(log(), HasSubstr(writtenPath() + " not found, default values taken:\n"));
     EXPECT_THAT(log(), HasSubstr("\n" + std::string(44, '*') + " parameters " + std::string(44, '*') + "\n"));
 }
 
@@ -99,7 +100,7 @@ TEST_F(ParameterFileTest, ASecondStartLeavesTheFileAsItIs) {
     readParameters();
     EXPECT_EQ(store(), before);
     EXPECT_EQ(std::filesystem::last_write_time(parametersFile()), written);
-    EXPECT_THAT(log(), HasSubstr("from \"" + (folder.path() / storePath).string() + "\"\nRANDOM=1\n"));
+    EXPECT_THAT(log(), HasSubstr("from \"" + writtenPath() + "\"\nRANDOM=1\n"));
 }
 
 TEST_F(ParameterFileTest, ValuesAreTakenClampedAndLoggedAsTheyHold) {

@@ -162,7 +162,7 @@ TEST_F(Link, LostLinkTakesTheAircraftOutAndComesBack) {
     EXPECT_FALSE(statusValues().rtConnected);
     EXPECT_THAT(messageLine().message,
                 MatchesRegex("..:..:.. RealTraffic gone\\? Wait for RealTraffic to re-connect \\.\\.\\."));
-    EXPECT_THAT(newLog(), MatchesRegex("sendDataPacket to RealTraffic failed: 100[0-9]+ .*\n"
+    EXPECT_THAT(newLog(), MatchesRegex("sendDataPacket to RealTraffic failed: 100.. .*\n"
                                        "RealTraffic client socket closed\n"
                                        "..:..:.. RealTraffic gone\\? Wait .*\n"));
     // Commands to nobody are no second loss.
@@ -270,9 +270,10 @@ TEST_F(Link, PortsThatCannotBeOpened) {
     asio::io_context context;
     tcp::acceptor taken(context, tcp::endpoint(tcp::v4(), 0));
     const std::string port = std::to_string(taken.local_endpoint().port());
-    EXPECT_EQ(
-        failure(port),
-        fmt::format("sys error 5: Bind failed at port {} with error 10048 Address already in use", port));
+    // Windows may also say that the port is not for sharing.
+    const std::string refused = fmt::format("sys error 5: Bind failed at port {} with error ", port);
+    EXPECT_THAT(failure(port), testing::AnyOf(refused + "10048 Address already in use",
+                                              refused + "10013 Permission denied"));
     EXPECT_THAT(failure("99999"), HasSubstr("sys error 1: getaddrinfo failed with error "));
     EXPECT_THAT(failure("no such service"), HasSubstr("sys error 1: getaddrinfo failed with error "));
     EXPECT_EQ(failure("0"), "opened");

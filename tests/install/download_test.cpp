@@ -1,11 +1,12 @@
 #include "core/runstate.h"
 #include "install/download.h"
 #include "install/ziparchive.h"
+#include "platform/paths.h"
+#include "support/environment.h"
 #include "support/tempfolder.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <fstream>
 #include <thread>
 
@@ -26,7 +27,7 @@ std::string contentOf(const fs::path& path) {
 /// An archive with these entries; an entry whose name ends in '/' is a folder.
 void makeZip(const fs::path& path, const std::vector<std::pair<std::string, std::string>>& entries) {
     int error = 0;
-    zip_t* archive = zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &error);
+    zip_t* archive = zip_open(platform::utf8FromPath(path).c_str(), ZIP_CREATE | ZIP_TRUNCATE, &error);
     ASSERT_NE(archive, nullptr);
     for (const auto& [name, content] : entries) {
         if (name.back() == '/') {
@@ -68,13 +69,13 @@ protected:
         while (!server_.is_running()) {
             std::this_thread::yield();
         }
-        setenv("KESTRANE_DOWNLOAD_ROOT", fmt::format("http://127.0.0.1:{}/downloads/", port_).c_str(), 1);
+        test::setEnvironment("KESTRANE_DOWNLOAD_ROOT", fmt::format("http://127.0.0.1:{}/downloads/", port_));
     }
     ~Download() override {
         exitRequested = false;
         server_.stop();
         thread_.join();
-        unsetenv("KESTRANE_DOWNLOAD_ROOT");
+        test::setEnvironment("KESTRANE_DOWNLOAD_ROOT", std::nullopt);
     }
 
     test::TempFolder folder_;

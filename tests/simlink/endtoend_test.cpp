@@ -12,6 +12,7 @@
 #include "standins/simulator/server.h"
 #include "standins/simulator/session.h"
 #include "standins/simulator/world.h"
+#include "support/userregistry.h"
 
 #include <chrono>
 #include <functional>
@@ -209,10 +210,9 @@ public:
         if (overPipe) {
             server_.listenPipe("\\\\.\\pipe\\Lockheed Martin Prepar3D v5\\SimConnect");
         } else {
-            folder.write("user/roaming/registry.ini",
-                         fmt::format("[HKEY_CURRENT_USER\\SOFTWARE\\Lockheed Martin\\Prepar3D v5]\n"
-                                     "SimConnect_Port_IPv4={}\n",
-                                     server_.listenTcp(0)));
+            writeRegistry(folder, fmt::format("[HKEY_CURRENT_USER\\SOFTWARE\\Lockheed Martin\\Prepar3D v5]\n"
+                                              "SimConnect_Port_IPv4={}\n",
+                                              server_.listenTcp(0)));
         }
         server_.start();
         thread_ = std::jthread([this] { context_.run(); });

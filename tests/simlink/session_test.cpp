@@ -7,6 +7,7 @@
 #include "simlink/objectcommands.h"
 #include "simlink/session.h"
 #include "simlink/simscene.h"
+#include "support/userregistry.h"
 
 #include <algorithm>
 #include <map>
@@ -279,9 +280,8 @@ TEST(SessionVersion, IsThatOfTheInstallPathElseOfTheParameter) {
 
 TEST(SessionVersion, InstalledOnesAreReadFromTheRegistry) {
     SimScene scene;
-    scene.folder.write("user/roaming/registry.ini",
-                       "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Lockheed Martin\\Prepar3D v6]\n"
-                       "SetupPath=D:\\Prepar3D v6\\\n");
+    writeRegistry(scene.folder, "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Lockheed Martin\\Prepar3D v6]\n"
+                                "SetupPath=D:\\Prepar3D v6\\\n");
     EXPECT_FALSE(lf_simInstalled(5));
     EXPECT_TRUE(lf_simInstalled(6));
     EXPECT_EQ(lf_simInstallPath(5), "");

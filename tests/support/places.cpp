@@ -1,5 +1,9 @@
 #include "support/places.h"
 
+#include "platform/paths.h"
+
+#include <algorithm>
+
 namespace kst::test {
 
 std::filesystem::path sourceFolder() {
@@ -8,6 +12,17 @@ std::filesystem::path sourceFolder() {
 
 std::filesystem::path buildFolder() {
     return KST_BUILD_DIR;
+}
+
+std::string fileUrl(const std::filesystem::path& path) {
+    const std::string text = withSlashes(platform::utf8FromPath(path));
+    return (text.starts_with('/') ? "file://" : "file:///") + text;
+}
+
+std::string withSlashes(std::string text) {
+    std::replace(text.begin(), text.end(), static_cast<char>(std::filesystem::path::preferred_separator),
+                 '/');
+    return text;
 }
 
 } // namespace kst::test

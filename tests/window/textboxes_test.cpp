@@ -1,6 +1,7 @@
 // What Enter in a text box does.
 
 #include "core/parkairport.h"
+#include "platform/paths.h"
 #include "window/commands.h"
 #include "window/commandworld.h"
 #include "window/numberinput.h"
@@ -279,7 +280,8 @@ TEST_F(TextBoxes, EmptyDestinationIsForgottenInMemoryOnly) {
 
 TEST_F(TextBoxes, InstallPathThatExistsRestarts) {
     showError("No P3D install path detected");
-    const std::string path = (folder.write("Prepar3D v5 \u00e9\u6771/readme", "").parent_path()).string();
+    const std::string path = platform::utf8FromPath(
+        folder.write(platform::pathFromUtf8("Prepar3D v5 \u00e9\u6771/readme"), "").parent_path());
     lf_enterTextBox(control::AllInstallPath, path);
     EXPECT_EQ(SIM_INSTALL_PATH.get(), path);
     EXPECT_EQ(stored(SIM_INSTALL_PATH), path);

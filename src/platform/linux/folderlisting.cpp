@@ -39,25 +39,17 @@ struct CloseFolder {
 
 } // namespace
 
-FolderListing listFolder(const std::filesystem::path& folder) {
-    FolderListing listing;
+std::error_code listFolder(const std::filesystem::path& folder, std::vector<FolderEntry>& entries) {
+    entries.clear();
     const std::unique_ptr<DIR, CloseFolder> stream(::opendir(folder.empty() ? "." : folder.c_str()));
     if (stream == nullptr) {
-        listing.error = {errno, std::generic_category()};
-        return listing;
+        return {errno, std::generic_category()};
     }
-    struct stat status {};
-    if (::fstat(::dirfd(stream.get()), &status) == 0) {
-        listing.identity = FolderIdentity{status.st_dev, status.st_ino};
-    }
-    std::vector<FolderEntry>& entries = listing.entries;
     while (true) {
         errno = 0;
         const dirent* const found = ::readdir(stream.get());
         if (found == nullptr) {
-            // Zero, and so no error, at the end of the folder.
-            listing.error = {errno, std::generic_category()};
-            return listing;
+            return {errno, std::generic_category()};
         }
         const std::string_view name = found->d_name;
         if (name == "." || name == "..") {

@@ -41,28 +41,24 @@ FolderEntry entryOf(const std::filesystem::path& folder, const WIN32_FIND_DATAW&
 
 } // namespace
 
-FolderListing listFolder(const std::filesystem::path& folder) {
-    FolderListing listing;
+std::error_code listFolder(const std::filesystem::path& folder, std::vector<FolderEntry>& entries) {
+    entries.clear();
     WIN32_FIND_DATAW found{};
     const std::filesystem::path pattern = (folder.empty() ? std::filesystem::path(".") : folder) / "*";
     HANDLE const handle = ::FindFirstFileExW(pattern.c_str(), FindExInfoBasic, &found, FindExSearchNameMatch,
                                              nullptr, FIND_FIRST_EX_LARGE_FETCH);
     if (handle == INVALID_HANDLE_VALUE) {
-        listing.error = lastError();
-        return listing;
+        return lastError();
     }
     const std::unique_ptr<HANDLE, CloseSearches> search(handle);
-    listing.identity = folderIdentity(folder);
     do {
         const std::wstring_view name = found.cFileName;
         if (name != L"." && name != L"..") {
-            listing.entries.push_back(entryOf(folder, found));
+            entries.push_back(entryOf(folder, found));
         }
     } while (::FindNextFileW(handle, &found) != 0);
-    if (const std::error_code error = lastError(); error.value() != ERROR_NO_MORE_FILES) {
-        listing.error = error;
-    }
-    return listing;
+    const std::error_code error = lastError();
+    return error.value() == ERROR_NO_MORE_FILES ? std::error_code{} : error;
 }
 
 } // namespace kst::platform

@@ -11,6 +11,21 @@
 namespace kst {
 namespace {
 
+TEST(PipeSocketTest, NamesThatCannotBeServedOrReachedAreRefused) {
+    const test::TempFolder folder;
+    asio::io_context context;
+    const platform::PipeListener first(context, "\\\\.\\pipe\\A\\B");
+    EXPECT_THROW(platform::PipeListener(context, "\\\\.\\pipe\\A\\B"), std::system_error) << "taken";
+    for (const char* name : {"\\\\OTHERPC\\pipe\\A\\B", "\\\\.\\pipe\\..\\B", "\\\\.\\pipe\\", "A\\B",
+                             "\\\\.\\pipe\\A\\..\\B", "\\\\.\\pipe\\A/../B", ""}) {
+        platform::PipeStream stream(context);
+        EXPECT_TRUE(platform::connectPipe(stream, name, [] { return false; })) << name;
+        EXPECT_THROW(platform::PipeListener(context, name), std::system_error) << name;
+    }
+    platform::PipeStream stream(context);
+    EXPECT_TRUE(platform::connectPipe(stream, "\\\\.\\pipe\\A\\Nobody", [] { return false; }));
+}
+
 TEST(PipeSocketTest, APipeThatADeadServerLeftBehindIsServedAnew) {
     const test::TempFolder folder;
     asio::io_context context;

@@ -30,8 +30,11 @@ private:
 
 } // namespace
 
-PrivateRegistry::PrivateRegistry()
-    : key_(L"Software\\Kestrane_P3D tests\\" + std::to_wstring(GetCurrentProcessId())) {
+PrivateRegistry::PrivateRegistry() {
+    // What the system still holds open of the last one cannot be deleted yet.
+    static int count = 0;
+    key_ = L"Software\\Kestrane_P3D tests\\" + std::to_wstring(GetCurrentProcessId()) + L"-" +
+           std::to_wstring(++count);
     const Key user(HKEY_CURRENT_USER, key_ + L"\\user");
     const Key machine(HKEY_CURRENT_USER, key_ + L"\\machine");
     check(RegOverridePredefKey(HKEY_CURRENT_USER, user.handle()));
@@ -42,6 +45,10 @@ PrivateRegistry::~PrivateRegistry() {
     RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
     RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
     RegDeleteTreeW(HKEY_CURRENT_USER, key_.c_str());
+}
+
+void makeRegistryKey(HKEY hive, const std::wstring& key) {
+    const Key made(hive, key);
 }
 
 void setRegistryValue(HKEY hive, const std::wstring& key, const std::wstring& name, DWORD type,

@@ -19,6 +19,9 @@ private:
     std::wstring key_;
 };
 
+/// Creates a key in the 64-bit view where it is missing. Throws std::system_error.
+void makeRegistryKey(HKEY hive, const std::wstring& key);
+
 /// Writes a value in the 64-bit view, creating its key. Throws std::system_error.
 void setRegistryValue(HKEY hive, const std::wstring& key, const std::wstring& name, DWORD type,
                       const void* data, std::size_t bytes);

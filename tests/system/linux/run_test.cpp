@@ -1,4 +1,4 @@
-#include "support/places.h"
+#include "system/linux/host.h"
 #include "system/linux/systemworld.h"
 
 #include <gtest/gtest.h>
@@ -29,9 +29,9 @@ void startAndFly(SystemWorld& world) {
     ASSERT_TRUE(waitFor([&] { return world.objectCount() >= 12; }, 90s)) << "nothing flies";
 }
 
-/// The close button's way out, by the signal that stands for it.
+/// The close button's way out.
 void closeAndExpectCleanEnd(SystemWorld& world) {
-    world.program().signal(SIGTERM);
+    test::host::askToClose(world.program());
     EXPECT_EQ(world.program().wait(20s), 0);
     EXPECT_TRUE(world.logSays("Exiting: USER CLOSED SIM", 1s));
     EXPECT_TRUE(world.logSays("User closed Kestrane_P3D", 1s));
@@ -53,8 +53,8 @@ TEST(System, SecondStartEndsAtOnceAndLeavesTheFirstAlone) {
     world.startProgram();
     ASSERT_TRUE(world.logSays("Waiting for Prepar3Dv5 ..."));
     const std::string before = world.log();
-    test::ChildProcess second({(test::buildFolder() / "Kestrane_P3D").string()}, world.environment(),
-                              world.folder(), world.folder() / "second.txt");
+    test::ChildProcess second(test::host::program(), world.environment(), world.folder(),
+                              world.folder() / "second.txt");
     EXPECT_EQ(second.wait(10s), 255);
     EXPECT_EQ(world.log().substr(0, before.size()), before);
     closeAndExpectCleanEnd(world);

@@ -1,5 +1,6 @@
 #include "system/linux/systemworld.h"
 #include "support/places.h"
+#include "system/linux/host.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -44,19 +45,14 @@ void writeLiveries(const fs::path& path) {
 SystemWorld::SystemWorld() : linkPort_(freeTcpPort()), pagePort_(freeTcpPort()) {
     std::string name = (fs::temp_directory_path() / "kst-XXXXXX").string();
     folder_ = mkdtemp(name.data());
-    for (const char* sub :
-         {"docs", "input", "output", "airports", "downloads/release", "config/InsideSystems",
-          "config/Kestrane_P3D", "runtime", "documents", "public", "share"}) {
+    for (const char* sub : {"docs", "input", "output", "airports", "downloads/release"}) {
         fs::create_directories(folder_ / sub);
     }
-    environment_ = {{"XDG_CONFIG_HOME", (folder_ / "config").string()},
-                    {"XDG_RUNTIME_DIR", (folder_ / "runtime").string()},
-                    {"XDG_DATA_HOME", (folder_ / "share").string()},
-                    {"XDG_DOCUMENTS_DIR", (folder_ / "documents").string()},
-                    {"XDG_PUBLICSHARE_DIR", (folder_ / "public").string()},
-                    {"QT_QPA_PLATFORM", "offscreen"},
-                    {"KESTRANE_DOWNLOAD_ROOT", "file://" + (folder_ / "downloads").string() + "/"}};
-    std::ofstream(folder_ / "config/InsideSystems/RealTraffic.jar") << "present";
+    environment_ = host::prepare(folder_);
+    environment_["KESTRANE_DOWNLOAD_ROOT"] = host::urlOf(folder_ / "downloads") + "/";
+    fs::create_directories(host::roamingBelow(folder_) / "InsideSystems");
+    fs::create_directories(parametersFile().parent_path());
+    std::ofstream(host::roamingBelow(folder_) / "InsideSystems/RealTraffic.jar") << "present";
     std::ofstream(folder_ / "downloads/release/version_P3D.json") << "1.0.0\n";
     writeLiveries(folder_ / "output/LiveriesScanned.xml");
     const std::string tool = (binaries / "tools/kestrane-data").string();
@@ -82,10 +78,11 @@ void SystemWorld::writeParameters(const std::map<std::string, std::string>& valu
                                               {"SCAN_AIRPORTS", "0"},
                                               {"AUTO_RANGE", "0"},
                                               {"LATERAL_RANGE", "100"},
-                                              {"SIM_INSTALL_PATH", "/opt/Prepar3D v5"},
                                               {"PORT_NUMBER", std::to_string(linkPort_)}};
-    for (const auto& [key, value] : values) {
-        all[key] = value;
+    for (const auto& more : {host::parameters(), values}) {
+        for (const auto& [key, value] : more) {
+            all[key] = value;
+        }
     }
     std::ofstream file(parametersFile());
     file << "<?xml version=\"1.0\"?>\n<parameters>\n";
@@ -95,11 +92,14 @@ void SystemWorld::writeParameters(const std::map<std::string, std::string>& valu
     file << "</parameters>\n";
 }
 
-void SystemWorld::startSimulator(std::vector<std::string> arguments) {
-    std::vector<std::string> words = {(binaries / "standins/simulator-standin").string(), "--http",
-                                      std::to_string(pagePort_), "--user", "47.46,8.55,12000,90,250"};
+void SystemWorld::startSimulator(std::vector<std::string> arguments, std::vector<std::string> program) {
+    std::vector<std::string> words = std::move(program);
+    if (words.empty()) {
+        words = {(binaries / "standins/simulator-standin").string()};
+    }
+    words.insert(words.end(), {"--http", std::to_string(pagePort_), "--user", "47.46,8.55,12000,90,250"});
     if (arguments.empty()) {
-        arguments = {"--pipe", R"(\\.\pipe\Lockheed Martin Prepar3D v5\SimConnect)"};
+        arguments = host::simulatorArguments(folder_);
     }
     words.insert(words.end(), arguments.begin(), arguments.end());
     simulator_ = std::make_unique<ChildProcess>(words, environment_, folder_, folder_ / "simulator.txt");
@@ -116,8 +116,12 @@ void SystemWorld::startRealTraffic(std::vector<std::string> arguments) {
 }
 
 void SystemWorld::startProgram() {
-    program_ = std::make_unique<ChildProcess>(std::vector<std::string>{(binaries / "Kestrane_P3D").string()},
-                                              environment_, folder_, folder_ / "program.txt");
+    program_ =
+        std::make_unique<ChildProcess>(host::program(), environment_, folder_, folder_ / "program.txt");
+}
+
+std::filesystem::path SystemWorld::parametersFile() const {
+    return host::roamingBelow(folder_) / "Kestrane_P3D" / "parameters.xml";
 }
 
 std::string SystemWorld::log() const {

@@ -19,8 +19,9 @@ public:
     SystemWorld(const SystemWorld&) = delete;
     SystemWorld& operator=(const SystemWorld&) = delete;
 
-    /// Starts the stand-in simulator with the user in the air over Zurich, or with these further arguments.
-    void startSimulator(std::vector<std::string> arguments = {});
+    /// Starts the stand-in simulator with the user in the air over Zurich, with these further arguments if
+    /// told (without: where the program looks first), and by these words if told (without: the native one).
+    void startSimulator(std::vector<std::string> arguments = {}, std::vector<std::string> program = {});
     /// Starts the stand-in RealTraffic with a hundred generated targets round the user, or with these
     /// arguments.
     void startRealTraffic(std::vector<std::string> arguments = {});
@@ -42,9 +43,7 @@ public:
     bool control(const std::string& json);
 
     const std::filesystem::path& folder() const { return folder_; }
-    std::filesystem::path parametersFile() const {
-        return folder_ / "config" / "Kestrane_P3D" / "parameters.xml";
-    }
+    std::filesystem::path parametersFile() const;
     std::map<std::string, std::string>& environment() { return environment_; }
     void writeParameters(const std::map<std::string, std::string>& values);
 
