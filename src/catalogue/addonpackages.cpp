@@ -76,7 +76,17 @@ std::vector<std::string> sectionLines(std::vector<std::string> lines,
     return lines;
 }
 
-/// Appends the aircraft components of one package's add-on.xml.
+/// The text between <Path> and </Path>, or nothing.
+std::string_view pathElement(std::string_view line) {
+    constexpr std::string_view opening = "<Path>";
+    const std::size_t begin = line.find(opening);
+    const std::size_t end = line.find("</Path>");
+    const bool whole =
+        begin != std::string_view::npos && end != std::string_view::npos && end >= begin + opening.size();
+    return whole ? line.substr(begin + opening.size(), end - begin - opening.size()) : std::string_view{};
+}
+
+/// Appends the aircraft folders of one package.
 void readPackage(const std::string& package, std::vector<std::string>& folders) {
     const fs::path file = platform::caseInsensitivePath(pathFromCfgText(package) / "add-on.xml");
     std::error_code ignored;
@@ -85,28 +95,9 @@ void readPackage(const std::string& package, std::vector<std::string>& folders) 
     }
     logLine(fmt::format("   exploring {}", platform::utf8FromPath(file)));
     std::vector<std::string> lines;
-    if (!readOrTell(file, lines)) {
-        return;
-    }
-    bool pathFollows = false;
-    for (const std::string_view line : lines) {
-        if (!pathFollows) {
-            pathFollows = containsAny(line, {"SimObjects", "SIMOBJECTS", "Simobjects", "simobjects"});
-            continue;
-        }
-        pathFollows = false;
-        constexpr std::string_view opening = "<Path>";
-        const std::size_t begin = line.find(opening);
-        const std::size_t end = line.find("</Path>");
-        if (begin == std::string_view::npos || end == std::string_view::npos ||
-            end < begin + opening.size()) {
-            continue;
-        }
-        const std::string_view path = line.substr(begin + opening.size(), end - begin - opening.size());
-        // Packages of lights and of an airport, whose objects are no aircraft.
-        if (!path.empty() && !containsAny(path, {"Lights Reborn", "Aerosoft Geneva Professional"})) {
-            logLine(fmt::format("      Simobjects found:{}", path));
-            folders.emplace_back(path);
+    if (readOrTell(file, lines)) {
+        for (std::string& folder : foldersOfPackage(lines)) {
+            folders.push_back(std::move(folder));
         }
     }
 }
@@ -115,19 +106,10 @@ void readAddOns(std::vector<std::string>& folders) {
     const fs::path file = configurationFile(platform::roamingAppData(), "add-ons.cfg");
     logLine(fmt::format("\nReading {} for AI add-on packages...", platform::utf8FromPath(file)));
     std::vector<std::string> lines;
-    if (!readOrTell(file, lines)) {
-        return;
-    }
-    std::vector<std::string> packages;
-    for (const std::string& line :
-         sectionLines(std::move(lines), {"Package", "PACKAGE"}, {"Required", "REQUIRED"})) {
-        if (auto path = pathValue(line)) {
-            logLine(fmt::format("path found:{}", *path));
-            packages.push_back(std::move(*path));
+    if (readOrTell(file, lines)) {
+        for (const std::string& package : packagesOfAddOns(std::move(lines))) {
+            readPackage(package, folders);
         }
-    }
-    for (const std::string& package : packages) {
-        readPackage(package, folders);
     }
 }
 
@@ -145,6 +127,48 @@ std::optional<std::string> simObjectsFolder(const std::string& line) {
 }
 
 } // namespace
+
+std::vector<std::string> packagesOfAddOns(std::vector<std::string> lines) {
+    std::vector<std::string> packages;
+    for (const std::string& line :
+         sectionLines(std::move(lines), {"Package", "PACKAGE"}, {"Required", "REQUIRED"})) {
+        if (auto path = pathValue(line)) {
+            logLine(fmt::format("path found:{}", *path));
+            packages.push_back(std::move(*path));
+        }
+    }
+    return packages;
+}
+
+std::vector<std::string> foldersOfPackage(const std::vector<std::string>& lines) {
+    std::vector<std::string> folders;
+    bool pathFollows = false;
+    for (const std::string& line : lines) {
+        if (!pathFollows) {
+            pathFollows = containsAny(line, {"SimObjects", "SIMOBJECTS", "Simobjects", "simobjects"});
+            continue;
+        }
+        pathFollows = false;
+        const std::string_view path = pathElement(line);
+        // Packages of lights and of an airport, whose objects are no aircraft.
+        if (!path.empty() && !containsAny(path, {"Lights Reborn", "Aerosoft Geneva Professional"})) {
+            logLine(fmt::format("      Simobjects found:{}", path));
+            folders.emplace_back(path);
+        }
+    }
+    return folders;
+}
+
+std::vector<std::string> foldersOfSimObjects(std::vector<std::string> lines) {
+    std::vector<std::string> folders;
+    for (const std::string& line :
+         sectionLines(std::move(lines), {"Entry", "ENTRY"}, {"Title", "Required"})) {
+        if (auto folder = simObjectsFolder(line)) {
+            folders.push_back(std::move(*folder));
+        }
+    }
+    return folders;
+}
 
 void lf_readP3DAddOnsAircraft(std::vector<std::string>& folders) {
     const std::size_t before = folders.size();
@@ -168,11 +192,8 @@ void lf_readP3DSimObjects(std::vector<std::string>& folders) {
     logLine(fmt::format("\nReading {} for AI add-on packages...", platform::utf8FromPath(file)));
     std::vector<std::string> lines;
     if (readOrTell(file, lines)) {
-        for (const std::string& line :
-             sectionLines(std::move(lines), {"Entry", "ENTRY"}, {"Title", "Required"})) {
-            if (auto folder = simObjectsFolder(line)) {
-                folders.push_back(std::move(*folder));
-            }
+        for (std::string& folder : foldersOfSimObjects(std::move(lines))) {
+            folders.push_back(std::move(folder));
         }
     }
     logLine(fmt::format("{} AI add-on packages found", folders.size() - before));

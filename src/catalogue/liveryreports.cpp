@@ -113,12 +113,7 @@ void gf_reportCategory(Category category) {
     }
     logLine(text);
     logModels(models);
-    if (std::vector<SimilarModel>* const fallbacks = fallbackModels(category)) {
-        fallbacks->clear();
-        for (const std::string_view model : models) {
-            fallbacks->push_back({model, category});
-        }
-    }
+    listFallbackModels(category);
     if (const ClassSwitch shown = switchOf(category); shown.parameter != nullptr) {
         enableControl(shown.parameter->controlId(), true);
     }

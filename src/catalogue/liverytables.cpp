@@ -4,6 +4,7 @@
 #include "core/log.h"
 
 #include <algorithm>
+#include <set>
 #include <tuple>
 
 #include <fmt/format.h>
@@ -169,6 +170,28 @@ std::vector<SimilarModel>* fallbackModels(Category category) {
         break;
     }
     return nullptr;
+}
+
+void listFallbackModels(Category category) {
+    std::vector<SimilarModel>* const fallbacks = fallbackModels(category);
+    if (fallbacks == nullptr) {
+        return;
+    }
+    std::set<std::string_view> models;
+    for (const ModelTitles& kind : liveryTables().modelTitles) {
+        for (const auto& [model, titles] : kind) {
+            if (gf_category(model) == category) {
+                models.insert(model);
+            }
+        }
+    }
+    fallbacks->clear();
+    for (const std::string_view model : models) {
+        // Only a hand-edited store has longer ones, and no aircraft asks for such.
+        if (model.size() <= ModelCode::capacity) {
+            fallbacks->push_back({model, category});
+        }
+    }
 }
 
 void addLiveryTitle(std::string_view airline, std::string_view model, const std::string& title) {

@@ -74,6 +74,9 @@ bool gf_airlineHasModel(std::string_view airline, std::string_view model);
 /// The models that any livery may come from when the size class alone decides; null for the other classes.
 std::vector<SimilarModel>* fallbackModels(Category category);
 
+/// Fills them from the installed models of the class, in order; does nothing for the other classes.
+void listFallbackModels(Category category);
+
 /// Adds one livery of an airline and a model, for tests of others.
 void addLiveryTitle(std::string_view airline, std::string_view model, const std::string& title);
 

@@ -1,10 +1,11 @@
-// Who made a scenery file.
+// Whose scenery a file is, by its name.
 
 #include "catalogue/reference.h"
 #include "catalogue/referencetables.h"
 #include "core/log.h"
 
 #include <algorithm>
+#include <cctype>
 #include <regex>
 
 #include <fmt/format.h>
@@ -13,45 +14,52 @@ namespace kst {
 
 namespace {
 
-char lower(char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
+/// Longer names are no file's; the bound also keeps the expressions' recursion shallow.
+constexpr std::size_t longestName = 512;
+
+bool equalIgnoringCase(char a, char b) {
+    return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
 }
 
-bool containsWithoutCase(std::string_view text, std::string_view part) {
-    return std::search(text.begin(), text.end(), part.begin(), part.end(),
-                       [](char a, char b) { return lower(a) == lower(b); }) != text.end();
+bool containsIgnoringCase(std::string_view text, std::string_view part) {
+    return std::ranges::search(text, part, equalIgnoringCase).begin() != text.end() || part.empty();
 }
 
-/// Whether the text matches ".*item.*" without regard to case. Only an item that is more than plain text
-/// needs an expression, which costs thousands of times as much.
-bool matches(std::string_view text, const std::string& item) {
-    constexpr std::string_view meaningful = "^$\\.*+?()[]{}|";
-    if (item.find_first_of(meaningful) == std::string::npos) {
-        return containsWithoutCase(text, item);
-    }
-    if (text.find(item) != std::string_view::npos) {
-        return true;
-    }
+bool isExpression(std::string_view item) {
+    return item.find_first_of("^$\\.*+?()[]{}|") != std::string_view::npos;
+}
+
+bool matchesExpression(std::string_view name, const std::string& item) {
     try {
-        const std::regex expression(".*" + item + ".*", std::regex::icase);
-        return std::regex_match(text.begin(), text.end(), expression);
+        const std::regex expression(".*" + item + ".*", std::regex::ECMAScript | std::regex::icase);
+        return std::regex_match(name.begin(), name.end(), expression);
     } catch (const std::regex_error&) {
         return false;
     }
 }
 
+/// A plain word matches as its expression would: anywhere, whatever its case, within one line.
+bool matches(std::string_view name, const std::string& item) {
+    if (name.find(item) != std::string_view::npos) {
+        return true;
+    }
+    return isExpression(item) ? matchesExpression(name, item) : containsIgnoringCase(name, item);
+}
+
 } // namespace
 
 std::string gf_publisherOfFile(std::string_view filename) {
-    if (containsWithoutCase(filename, "ORBX")) {
-        logLine(fmt::format("from filename => publisher  {}", "simaddon"));
-        return "simaddon";
+    constexpr std::string_view simaddon = "simaddon";
+    const std::string_view name = filename.substr(0, longestName);
+    if (containsIgnoringCase(name, "ORBX")) {
+        logLine(fmt::format("from filename => publisher  {}", simaddon));
+        return std::string(simaddon);
     }
     for (const std::vector<std::string>& names : referenceTables().publisherNames) {
-        for (const std::string& name : names) {
-            if (!name.empty() && matches(filename, name)) {
-                return names.front();
-            }
+        const bool found =
+            std::ranges::any_of(names, [name](const std::string& item) { return matches(name, item); });
+        if (found) {
+            return names.front();
         }
     }
     return "unknown";

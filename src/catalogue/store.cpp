@@ -60,8 +60,11 @@ std::filesystem::path liveriesStorePath() {
 }
 
 void lf_readLiveries() {
+    readLiveriesFrom(liveriesStorePath());
+}
+
+void readLiveriesFrom(const std::filesystem::path& path) {
     scannedLiveries.clear();
-    const auto path = liveriesStorePath();
     const std::string name = platform::utf8FromPath(path);
     pugi::xml_document document;
     if (!document.load_file(path.c_str())) {

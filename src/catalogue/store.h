@@ -12,6 +12,8 @@ std::filesystem::path liveriesStorePath();
 void gf_scanLiveries();
 /// Reads the store into `scannedLiveries`, in order. Throws UserErrorException 51, 52, 533. Worker.
 void lf_readLiveries();
+/// The same from another file.
+void readLiveriesFrom(const std::filesystem::path& path);
 /// Reads the store and builds the tables of the matcher, once per process: a later run finds them
 /// ready. Throws UserErrorException 51, 52, 533. Worker.
 void gf_processScannedLiveries();

@@ -1,11 +1,12 @@
 #include "core/folderwalk.h"
 
 #include "core/runstate.h"
-#include "platform/folderidentity.h"
 #include "platform/paths.h"
 
 #include <algorithm>
-#include <set>
+#include <cstdint>
+#include <functional>
+#include <unordered_set>
 
 namespace kst {
 
@@ -15,16 +16,29 @@ namespace fs = std::filesystem;
 using platform::EntryKind;
 using platform::FolderEntry;
 
+struct IdentityHash {
+    std::size_t operator()(const platform::FolderIdentity& identity) const {
+        return std::hash<std::uint64_t>{}(identity.index) ^
+               (std::hash<std::uint64_t>{}(identity.volume) << 1);
+    }
+};
+
 class Walker {
 public:
     explicit Walker(const FolderWalk& walk) : walk_(walk) {}
 
     void visit(const fs::path& folder) {
-        const auto identity = platform::folderIdentity(folder);
-        if (identity && !seen_.insert(*identity).second) {
+        platform::FolderListing listing = platform::listFolder(folder);
+        if (listing.error && walk_.unreadable) {
+            walk_.unreadable(folder, listing.error);
+        }
+        if (listing.identity && !seen_.insert(*listing.identity).second) {
             return;
         }
-        for (const FolderEntry& entry : entriesToVisit(folder)) {
+        if (walk_.listed) {
+            walk_.listed(folder, listing.entries);
+        }
+        for (const FolderEntry& entry : entriesToVisit(std::move(listing.entries))) {
             if (stopAsked()) {
                 return;
             }
@@ -43,15 +57,7 @@ private:
                (entry.kind == EntryKind::File && walk_.file && (!walk_.wants || walk_.wants(entry.name)));
     }
 
-    std::vector<FolderEntry> entriesToVisit(const fs::path& folder) const {
-        std::vector<FolderEntry> entries;
-        const std::error_code error = platform::listFolder(folder, entries);
-        if (error && walk_.unreadable) {
-            walk_.unreadable(folder, error);
-        }
-        if (walk_.listed) {
-            walk_.listed(folder, entries);
-        }
+    std::vector<FolderEntry> entriesToVisit(std::vector<FolderEntry> entries) const {
         std::erase_if(entries, [this](const FolderEntry& entry) { return !isToVisit(entry); });
         std::sort(entries.begin(), entries.end(),
                   [](const FolderEntry& a, const FolderEntry& b) { return a.name < b.name; });
@@ -59,7 +65,7 @@ private:
     }
 
     const FolderWalk& walk_;
-    std::set<platform::FolderIdentity> seen_;
+    std::unordered_set<platform::FolderIdentity, IdentityHash> seen_;
 };
 
 } // namespace

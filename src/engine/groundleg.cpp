@@ -157,6 +157,17 @@ void scaleTurnRate(LiveAc& ac, double legTicks) {
     }
 }
 
+/// The ticks of the way onto a stand: one too short for its turn at the fastest is rolled that much slower.
+std::int32_t ticksOntoStand(LiveAc& ac, std::int32_t wayTicks) {
+    const double turn = std::abs(gf_angleDiff(ac.simState.heading, ac.targetHeading));
+    const double turnTicks = std::ceil(turn / (ac.baseTurnRate * fastestTurnInRates));
+    if (!(turnTicks > wayTicks)) {
+        return wayTicks;
+    }
+    ac.maxLagTicks = std::max(ac.maxLagTicks, sharpTurnDriftTicks);
+    return static_cast<std::int32_t>(std::min(turnTicks, double{sharpTurnDriftTicks}));
+}
+
 /// The nose is to be in line when the aircraft stops on its stand.
 void turnOntoStand(LiveAc& ac) {
     const double turn = std::abs(gf_angleDiff(ac.simState.heading, ac.targetHeading));
@@ -230,7 +241,10 @@ void lf_timeTaxiLeg(LiveAc& ac) {
         return;
     }
     ac.turnRate = ac.baseTurnRate;
-    const std::int32_t ticks = std::max(travelTicks(legDistanceNm(ac), lf_meanSpeed(ac)), shortestLegTicks);
+    std::int32_t ticks = std::max(travelTicks(legDistanceNm(ac), lf_meanSpeed(ac)), shortestLegTicks);
+    if (ac.phase == AcPhase::Parking) {
+        ticks = ticksOntoStand(ac, ticks);
+    }
     if (curveActive(ac) || ac.turnOnly) {
         scaleTurnRate(ac, ticks);
     }

@@ -1,6 +1,5 @@
 #include "install/download.h"
 
-#include "core/files.h"
 #include "core/log.h"
 #include "core/runstate.h"
 #include "install/ziparchive.h"
@@ -9,6 +8,7 @@
 
 #include <array>
 #include <fstream>
+#include <memory>
 
 #include <curl/curl.h>
 #include <fmt/format.h>
@@ -18,11 +18,11 @@ namespace kst {
 namespace {
 
 constexpr const char* builtInRoot = "https://download.kestrane.example/downloads/";
-constexpr long connectSeconds = 15;
-constexpr long stallSeconds = 20;
 constexpr long stallBytesPerSecond = 100;
-constexpr curl_off_t largestDownload = curl_off_t{512} * 1024 * 1024;
-constexpr std::size_t largestText = std::size_t{512} * 1024 * 1024;
+constexpr long mostRedirects = 5;
+/// How long an exit waits for a transfer to notice it.
+constexpr int pollMilliseconds = 50;
+constexpr std::size_t unpackBlock = 512 * 1024;
 
 struct Transfer {
     std::ofstream file;
@@ -33,15 +33,11 @@ std::size_t writeBlock(char* data, std::size_t size, std::size_t count, void* co
     auto& transfer = *static_cast<Transfer*>(context);
     const std::size_t bytes = size * count;
     transfer.written += static_cast<curl_off_t>(bytes);
-    if (transfer.written > largestDownload) {
+    if (transfer.written > downloadLimits().largest) {
         return 0;
     }
     transfer.file.write(data, static_cast<std::streamsize>(bytes));
     return transfer.file ? bytes : 0;
-}
-
-int stopWhenAsked(void*, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
-    return stopAsked() ? 1 : 0;
 }
 
 void setOptions(CURL* curl, const std::string& url, Transfer& transfer) {
@@ -51,12 +47,11 @@ void setOptions(CURL* curl, const std::string& url, Transfer& transfer) {
     curl_easy_setopt(curl, CURLOPT_WRITEDATA, &transfer);
     curl_easy_setopt(curl, CURLOPT_FAILONERROR, 1L);
     curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, connectSeconds);
+    curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, downloadLimits().connectSeconds);
     curl_easy_setopt(curl, CURLOPT_LOW_SPEED_LIMIT, stallBytesPerSecond);
-    curl_easy_setopt(curl, CURLOPT_LOW_SPEED_TIME, stallSeconds);
-    curl_easy_setopt(curl, CURLOPT_MAXFILESIZE_LARGE, largestDownload);
-    curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L);
-    curl_easy_setopt(curl, CURLOPT_XFERINFOFUNCTION, stopWhenAsked);
+    curl_easy_setopt(curl, CURLOPT_LOW_SPEED_TIME, downloadLimits().stallSeconds);
+    curl_easy_setopt(curl, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(downloadLimits().largest));
+    curl_easy_setopt(curl, CURLOPT_MAXREDIRS, mostRedirects);
     curl_easy_setopt(curl, CURLOPT_FOLLOWLOCATION, 1L);
     curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "https,http,file");
     // A redirect may not leave HTTPS.
@@ -64,6 +59,36 @@ void setOptions(CURL* curl, const std::string& url, Transfer& transfer) {
     if (const auto certificates = platform::environmentText("KESTRANE_CA_FILE")) {
         curl_easy_setopt(curl, CURLOPT_CAINFO, certificates->c_str());
     }
+}
+
+struct CloseMulti {
+    void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
+};
+
+/// As curl_easy_perform, but an exit ends it within a twentieth of a second.
+CURLcode perform(CURL* curl) {
+    const std::unique_ptr<CURLM, CloseMulti> multi(curl_multi_init());
+    if (!multi || curl_multi_add_handle(multi.get(), curl) != CURLM_OK) {
+        return CURLE_FAILED_INIT;
+    }
+    CURLcode result = CURLE_ABORTED_BY_CALLBACK;
+    int running = 1;
+    while (running > 0 && !stopAsked()) {
+        if (curl_multi_perform(multi.get(), &running) != CURLM_OK) {
+            break;
+        }
+        if (running > 0) {
+            curl_multi_poll(multi.get(), nullptr, 0, pollMilliseconds, nullptr);
+        }
+    }
+    int left = 0;
+    while (const CURLMsg* const message = curl_multi_info_read(multi.get(), &left)) {
+        if (message->msg == CURLMSG_DONE) {
+            result = message->data.result;
+        }
+    }
+    curl_multi_remove_handle(multi.get(), curl);
+    return result;
 }
 
 bool transferInto(CURL* curl, const std::string& url, const std::filesystem::path& part, bool binary) {
@@ -76,7 +101,7 @@ bool transferInto(CURL* curl, const std::string& url, const std::filesystem::pat
     std::array<char, CURL_ERROR_SIZE> reason{};
     curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, reason.data());
     setOptions(curl, url, transfer);
-    const CURLcode result = curl_easy_perform(curl);
+    const CURLcode result = perform(curl);
     curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, nullptr);
     transfer.file.close();
     if (result != CURLE_OK || transfer.file.fail()) {
@@ -126,12 +151,40 @@ bool gf_fetchFile(const DownloadHandle& handle, const std::string& url, const st
     }
 }
 
+DownloadLimits& downloadLimits() {
+    static DownloadLimits limits;
+    return limits;
+}
+
 std::string downloadRoot() {
     return platform::environmentText("KESTRANE_DOWNLOAD_ROOT").value_or(builtInRoot);
 }
 
 std::string lf_airportServerBase() {
     return downloadRoot() + "P3D/";
+}
+
+int unpackEntry(const ZipEntry& entry, const std::filesystem::path& destination) {
+    auto part = destination;
+    part += ".part";
+    std::ofstream file(part, std::ios::binary | std::ios::trunc);
+    const auto write = [&file](std::string_view block) {
+        file.write(block.data(), static_cast<std::streamsize>(block.size()));
+        return file.good() && !stopAsked();
+    };
+    int result = entry.readContent(write, unpackBlock, static_cast<std::size_t>(downloadLimits().largest));
+    file.close();
+    std::error_code error;
+    if (result == 0 && !file.fail()) {
+        std::filesystem::rename(part, destination, error);
+    } else if (result == 0) {
+        result = -1;
+    }
+    if (result != 0 || error) {
+        std::error_code ignored;
+        std::filesystem::remove(part, ignored);
+    }
+    return error ? -1 : result;
 }
 
 bool lf_fetchArchive(const std::string& zipName, const std::filesystem::path& destination) {
@@ -142,25 +195,21 @@ bool lf_fetchArchive(const std::string& zipName, const std::filesystem::path& de
         return false;
     }
     bool written = false;
-    ZipArchive archive(zipPath);
-    if (!archive.open()) {
-        std::error_code ignored;
-        std::filesystem::remove(destination, ignored);
-        logAlert(fmt::format("unzipping {} failed?", zipName));
-    } else {
-        for (ZipEntry& entry : archive.getEntries()) {
-            if (entry.isFolder()) {
-                continue;
+    {
+        ZipArchive archive(zipPath);
+        bool good = archive.open();
+        for (const ZipEntry& entry : archive.getEntries()) {
+            if (!entry.isFolder()) {
+                written = unpackEntry(entry, destination) == 0;
+                good = good && written;
             }
-            const auto text = entry.readAsText(largestText);
-            if (!text) {
-                logAlert(fmt::format("unzipping {} failed?", zipName));
-                written = false;
-                break;
-            }
-            written = writeTextFile(*text, destination, false);
         }
-        archive.close();
+        if (!good) {
+            written = false;
+            std::error_code ignored;
+            std::filesystem::remove(destination, ignored);
+            logAlert(fmt::format("unzipping {} failed?", zipName));
+        }
     }
     std::error_code ignored;
     std::filesystem::remove(zipPath, ignored);

@@ -23,6 +23,14 @@ private:
     void* handle_;
 };
 
+/// What a transfer may take. Tests make the times short.
+struct DownloadLimits {
+    long connectSeconds = 15;
+    long stallSeconds = 20;                                 ///< below 100 bytes a second for so long
+    std::int64_t largest = std::int64_t{512} * 1024 * 1024; ///< bytes of one file, packed or unpacked
+};
+DownloadLimits& downloadLimits();
+
 /// Fetches the address into the file. Only a transfer that is complete and no HTTP error replaces the file; a
 /// failed one leaves nothing behind. Bounded in connect time, in stall time and in size. Returns success;
 /// failures are logged with their reason.
@@ -35,8 +43,13 @@ std::string downloadRoot();
 /// Where the airport files are.
 std::string lf_airportServerBase();
 
-/// Fetches "{root}{zipName}" and writes the text of the file in it to `destination`. False on failure, which
-/// is logged; `destination` is then gone or as it was.
+class ZipEntry;
+/// Unpacks one entry to the file, which is replaced only by a whole content. Gives 0, libzip's error number,
+/// or -1 where the content is too large, the file cannot be written or an exit came.
+int unpackEntry(const ZipEntry& entry, const std::filesystem::path& destination);
+
+/// Fetches "{root}{zipName}" and unpacks the file in it to `destination`; of several files the last one
+/// stands. False on failure, which is logged; `destination` is then gone or as it was, never half.
 bool lf_fetchArchive(const std::string& zipName, const std::filesystem::path& destination);
 /// The reference database.
 bool lf_fetchDatabase(const std::filesystem::path& destination);

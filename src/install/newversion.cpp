@@ -9,8 +9,6 @@
 #include "install/ziparchive.h"
 #include "platform/paths.h"
 
-#include <fstream>
-
 #include <fmt/format.h>
 
 namespace kst {
@@ -18,17 +16,9 @@ namespace kst {
 namespace {
 
 constexpr const char* installerName = "install_new_version.exe";
-constexpr std::size_t installerBlock = 524'288;
-constexpr std::size_t largestInstaller = std::size_t{512} * 1024 * 1024;
 
 bool lf_unzipInstaller(const ZipEntry& entry, const std::string& zipName) {
-    std::filesystem::remove(installerName);
-    std::ofstream file(installerName, std::ios::binary);
-    const auto write = [&file](std::string_view block) {
-        file.write(block.data(), static_cast<std::streamsize>(block.size()));
-        return file.good();
-    };
-    const int result = entry.readContent(write, installerBlock, largestInstaller);
+    const int result = unpackEntry(entry, installerName);
     if (result != 0) {
         logAlert(fmt::format("unzipping error code : {}", result));
         return false;
@@ -65,8 +55,12 @@ bool lf_downloadInstaller(const ProgramVersion& version) {
         if (!archive.open()) {
             logAlert(fmt::format("could not open {}", zipName));
         }
+        // One of an older version is not to be taken for this one.
+        std::filesystem::remove(installerName);
         for (const ZipEntry& entry : archive.getEntries()) {
-            unpacked = lf_unzipInstaller(entry, zipName) || unpacked;
+            if (!entry.isFolder()) {
+                unpacked = lf_unzipInstaller(entry, zipName) || unpacked;
+            }
         }
     }
     std::filesystem::remove(zipName);

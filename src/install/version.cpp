@@ -3,7 +3,9 @@
 #include "core/log.h"
 
 #include <charconv>
+#include <limits>
 #include <regex>
+#include <stdexcept>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -32,7 +34,14 @@ ProgramVersion parseVersion(std::string_view text) {
         return {number(1), number(2), number(3)};
     }
     const auto json = nlohmann::json::parse(text.begin(), text.end());
-    return {json.at("major").get<int>(), json.at("minor").get<int>(), json.at("patch").get<int>()};
+    const auto number = [&json](const char* key) {
+        const auto value = json.at(key).get<double>();
+        if (!(value >= 0.0 && value <= std::numeric_limits<int>::max())) {
+            throw std::out_of_range(fmt::format("{} is no version number", key));
+        }
+        return static_cast<int>(value);
+    };
+    return {number("major"), number("minor"), number("patch")};
 }
 
 ProgramVersion thisProgramVersion() {

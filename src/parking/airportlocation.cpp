@@ -72,11 +72,15 @@ bool fetchAirportFile(std::string_view location, const std::filesystem::path& pa
 
 std::string loadAirportXml(const std::filesystem::path& path, pugi::xml_document& document) {
     constexpr std::size_t largestAirportFile = 64 * 1024 * 1024;
-    std::string content;
-    if (const std::error_code error = readFile(path, content, largestAirportFile)) {
-        return error.message();
+    std::error_code error;
+    // Anything but a file may never end.
+    if (isThere(path) && !std::filesystem::is_regular_file(path, error)) {
+        return "no regular file";
     }
-    const pugi::xml_parse_result result = document.load_buffer(content.data(), content.size());
+    if (std::filesystem::file_size(path, error) > largestAirportFile && !error) {
+        return "too large";
+    }
+    const pugi::xml_parse_result result = document.load_file(path.c_str());
     return result ? std::string() : result.description();
 }
 

@@ -210,9 +210,8 @@ void lf_saveLearned() {
         airport.quality = gf_qualityFactor();
     }
     const AirportFile learned = learnedPart(airport);
-    const std::filesystem::path path = folders::learned /
-                                       platform::pathFromUtf8(learnedFolder(airport.publisher)) /
-                                       platform::pathFromUtf8(airport.icao + ".xml");
+    const std::string name = fmt::format("{}/{}.xml", learnedFolder(airport.publisher), airport.icao);
+    const std::filesystem::path path = (folders::learned / platform::pathFromUtf8(name)).make_preferred();
     std::error_code ignored;
     std::filesystem::create_directories(path.parent_path(), ignored);
     const std::string text = platform::utf8FromPath(path);

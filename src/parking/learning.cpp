@@ -117,7 +117,7 @@ std::filesystem::path lf_learnedApfPath(std::string_view location, std::string_v
             }
         }
     }
-    return platform::pathFromUtf8(path);
+    return platform::pathFromUtf8(path).make_preferred();
 }
 
 QualityFactors gf_qualityFactor() {

@@ -7,7 +7,9 @@
 #include "model/units.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
+#include <cstring>
 #include <optional>
 #include <stdexcept>
 #include <unordered_set>
@@ -24,43 +26,102 @@ constexpr double largestNumber = 1e6;
 constexpr std::size_t mostStands = 4000;
 
 std::string_view withoutBlanks(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\n";
-    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
-    text.remove_suffix(text.size() - (text.find_last_not_of(blanks) + 1));
+    constexpr char lastBlank = ' '; // what is below is a tab, a line end, or no text at all
+    while (!text.empty() && text.front() <= lastBlank && text.front() > 0) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && text.back() <= lastBlank && text.back() > 0) {
+        text.remove_suffix(1);
+    }
     return text;
 }
 
 /// The text without control characters: it goes to the log and the window.
+void takePlain(std::string_view text, std::string& plain) {
+    plain = text;
+    for (char& c : plain) {
+        c = static_cast<unsigned char>(c) < ' ' ? ' ' : c;
+    }
+}
+
 std::string plainText(std::string_view text) {
-    std::string plain(text);
-    std::replace_if(
-        plain.begin(), plain.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
+    std::string plain;
+    takePlain(text, plain);
     return plain;
 }
 
 std::size_t halfHour(std::string_view piece) {
     const std::string_view digits = withoutBlanks(piece);
-    const std::optional<std::uint32_t> number = digitsAtStart(digits);
-    if (!number || digits.find_first_not_of("0123456789") != std::string_view::npos) {
+    std::size_t number = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (error != std::errc{} || end != digits.data() + digits.size()) {
         throw std::runtime_error(fmt::format("\"{}\" is no number", plainText(piece)));
     }
-    if (*number >= std::bitset<48>{}.size()) {
-        throw std::runtime_error(fmt::format("{} is no half hour", *number));
+    if (number >= std::bitset<48>{}.size()) {
+        throw std::runtime_error(fmt::format("{} is no half hour", number));
     }
-    return *number;
+    return number;
 }
 
 void takeCallsigns(std::string_view text, ParkOption& option) {
     const std::size_t colon = text.find(':');
-    option.cs = plainText(text.substr(0, colon));
+    takePlain(text.substr(0, colon), option.cs);
     if (colon != std::string_view::npos && colon == text.rfind(':')) {
-        option.cs2 = plainText(text.substr(colon + 1));
+        takePlain(text.substr(colon + 1), option.cs2);
     }
 }
 
 std::size_t count(const pugi::xml_node& parent, const char* name) {
     const auto children = parent.children(name);
     return static_cast<std::size_t>(std::distance(children.begin(), children.end()));
+}
+
+/// Fills a fresh option. One walk over the attributes, told apart by their first letter: a file has tens of
+/// thousands of these elements.
+void takeParkOption(const pugi::xml_node& opt, bool fromArchive, ParkOption& option) {
+    option.fromArchive = fromArchive;
+    bool named = false;
+    for (pugi::xml_attribute attribute = opt.first_attribute(); attribute;
+         attribute = attribute.next_attribute()) {
+        const char* const name = attribute.name();
+        const auto is = [name](const char* wanted) { return std::strcmp(name, wanted) == 0; };
+        switch (*name) {
+        case 'r':
+            if (is("reg")) {
+                takePlain(attribute.value(), option.reg);
+            }
+            break;
+        case 'a':
+        case 't':
+            if (is("airl") || is("type")) {
+                takePlain(attribute.value(), *name == 'a' ? option.airl : option.type);
+                named = true;
+            }
+            break;
+        case 's':
+            option.real = is("soft") ? !boolAttribute(attribute) : option.real;
+            break;
+        case 'd':
+            option.day = is("day") ? wholeAttribute(attribute) : option.day;
+            break;
+        case 'h':
+            option.hours = is("hh") ? lf_hours2bitset(attribute.value()) : option.hours;
+            break;
+        case 'c':
+            if (is("cs")) {
+                takeCallsigns(attribute.value(), option);
+            }
+            break;
+        default:
+            break;
+        }
+    }
+    if (!named) {
+        if (const auto record = gf_regcodeRecord(option.reg)) {
+            option.airl = record->operatorCode.empty() ? record->airline : record->operatorCode;
+            option.type = record->model;
+        }
+    }
 }
 
 void addText(pugi::xml_node& node, const char* name, const std::string& value) {
@@ -130,35 +191,7 @@ void addAirportParameter(pugi::xml_node parameters, std::string_view name, const
 
 ParkOption readParkOption(const pugi::xml_node& opt, bool fromArchive) {
     ParkOption option;
-    option.fromArchive = fromArchive;
-    bool named = false;
-    // One walk over the attributes: a file has tens of thousands of these elements.
-    for (const pugi::xml_attribute attribute : opt.attributes()) {
-        const std::string_view name = attribute.name();
-        if (name == "reg") {
-            option.reg = textAttribute(attribute);
-        } else if (name == "airl") {
-            option.airl = textAttribute(attribute);
-            named = true;
-        } else if (name == "type") {
-            option.type = textAttribute(attribute);
-            named = true;
-        } else if (name == "soft") {
-            option.real = !boolAttribute(attribute);
-        } else if (name == "day") {
-            option.day = wholeAttribute(attribute);
-        } else if (name == "hh") {
-            option.hours = lf_hours2bitset(attribute.value());
-        } else if (name == "cs") {
-            takeCallsigns(attribute.value(), option);
-        }
-    }
-    if (!named) {
-        if (const auto record = gf_regcodeRecord(option.reg)) {
-            option.airl = record->operatorCode.empty() ? record->airline : record->operatorCode;
-            option.type = record->model;
-        }
-    }
+    takeParkOption(opt, fromArchive, option);
     return option;
 }
 
@@ -168,10 +201,12 @@ ParkPos readParkPos(const pugi::xml_node& parkpos, bool fromArchive) {
     stand.latitude = numberAttribute(parkpos.attribute("latitude"));
     stand.longitude = numberAttribute(parkpos.attribute("longitude"));
     stand.radius = numberAttribute(parkpos.attribute("radius")) / metresPerNm;
-    stand.options.reserve(count(parkpos, "opt"));
+    // Room for every child, whatever its name: they are options but for a comment.
+    stand.options.reserve(static_cast<std::size_t>(std::distance(parkpos.begin(), parkpos.end())));
     for (const pugi::xml_node opt : parkpos.children("opt")) {
-        stand.options.push_back(readParkOption(opt, fromArchive));
-        stand.options.back().seq = static_cast<std::uint32_t>(stand.options.size());
+        ParkOption& option = stand.options.emplace_back();
+        takeParkOption(opt, fromArchive, option);
+        option.seq = static_cast<std::uint32_t>(stand.options.size());
     }
     stand.heli = boolAttribute(parkpos.attribute("heli"));
     stand.ramp = boolAttribute(parkpos.attribute("ramp"));

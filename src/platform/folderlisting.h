@@ -3,7 +3,10 @@
 // Looking into folders, for walks over a great many of them: one call of the system for each block of
 // entries, and a query for a single entry only where it is a link.
 
+#include "platform/folderidentity.h"
+
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -18,8 +21,14 @@ struct FolderEntry {
     bool link = false;                 ///< a symbolic link, or a junction
 };
 
-/// Reads the entries of the folder, in no particular order, without "." and "..". Gives the error when the
-/// folder cannot be read; what was read before it stands in `entries`, which is replaced.
-std::error_code listFolder(const std::filesystem::path& folder, std::vector<FolderEntry>& entries);
+/// What is in a folder.
+struct FolderListing {
+    std::vector<FolderEntry> entries;       ///< in no particular order, without "." and ".."
+    std::optional<FolderIdentity> identity; ///< of the folder itself; nothing when it cannot be asked
+    std::error_code error;                  ///< set when not all entries could be read
+};
+
+/// Reads the entries of the folder. Any thread.
+FolderListing listFolder(const std::filesystem::path& folder);
 
 } // namespace kst::platform

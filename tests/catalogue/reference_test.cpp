@@ -169,6 +169,20 @@ TEST_F(ReferenceDocument, BadRegistrationsAreSkippedButABadAirlineEndsTheRead) {
                  std::runtime_error);
 }
 
+TEST(Publisher, IsKnownByTheFileName) {
+    referenceTables().publisherNames = {
+        {"Alpha", "Alpha Design"}, {"Beta", "b.ta[0-9]"}, {"Gamma", "ga(mma"}};
+    const std::pair<const char*, const char*> cases[] = {
+        {"orbx_lszh.bgl", "simaddon"}, {"ALPHA DESIGN lszh.bgl", "Alpha"}, {"xx_BxTA7.bgl", "Beta"},
+        {"beta.bgl", "Beta"},          {"xga(mma.bgl", "Gamma"},           {"GA(MMA.bgl", "unknown"},
+        {"lszh.bgl", "unknown"},
+    };
+    for (const auto& [file, publisher] : cases) {
+        EXPECT_EQ(gf_publisherOfFile(file), publisher) << file;
+    }
+    referenceTables() = {};
+}
+
 TEST(RegcodeInTitle, FirstShortOneOfAPrivateAircraft) {
     referenceTables().shortPrivateRegcodes = {"G-AB", "N12"};
     EXPECT_EQ(gf_regcodeInTitle("Cub N12 of G-AB"), "G-AB");

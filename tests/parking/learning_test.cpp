@@ -94,6 +94,8 @@ protected:
                         parameters, stands));
         lf_readLearned(file, loadedAirport());
     }
+    /// The learned file as the program tells it.
+    std::string learnedText() const { return platform::utf8FromPath(fs::path(learned).make_preferred()); }
     std::optional<std::string> saved() { return folder.read(learned); }
 
     const fs::path learned = "airports/learned/stock/LSZH.xml";
@@ -118,8 +120,7 @@ TEST_F(Learning, WhereTheLearnedFileLies) {
         {"airports/my_thirdparty/EGLL.xml", "..", "airports/learned/thirdparty/unknown/EGLL.xml"},
     };
     for (const Case& entry : cases) {
-        EXPECT_EQ(platform::utf8FromPath(lf_learnedApfPath(entry.location, entry.publisher)), entry.path)
-            << entry.location;
+        EXPECT_EQ(lf_learnedApfPath(entry.location, entry.publisher), fs::path(entry.path)) << entry.location;
     }
 }
 
@@ -278,12 +279,9 @@ TEST_F(Learning, WhatASaveTells) {
         const char* text;
     };
     const Case cases[] = {
-        {1, false, false, " \"airports/learned/stock/LSZH.xml\" saved with 1 update "},
-        {2, true, false,
-         " \"airports/learned/stock/LSZH.xml\" saved with 2 updates and one or more parameter changes"},
-        {0, true, true,
-         " handmade \"airports/learned/stock/LSZH.xml\" saved with 0 updates and one or more parameter "
-         "changes"},
+        {1, false, false, " \"{}\" saved with 1 update "},
+        {2, true, false, " \"{}\" saved with 2 updates and one or more parameter changes"},
+        {0, true, true, " handmade \"{}\" saved with 0 updates and one or more parameter changes"},
     };
     for (const Case& entry : cases) {
         for (int i = 0; i < entry.changes; ++i) {
@@ -293,7 +291,7 @@ TEST_F(Learning, WhatASaveTells) {
         parametersChanged = entry.parameters;
         loadedAirport().handmade = entry.handmade;
         lf_saveLearnedChanges();
-        EXPECT_EQ(messageLine().message.substr(8), entry.text);
+        EXPECT_EQ(messageLine().message.substr(8), fmt::format(fmt::runtime(entry.text), learnedText()));
         EXPECT_EQ(statusValues().updatesShown, 0U);
         EXPECT_FALSE(parametersChanged);
     }
@@ -304,7 +302,7 @@ TEST_F(Learning, FailedSaveLeavesEverythingAsItWas) {
     folder.write("airports/learned/stock", "in the way");
     noteStandChange();
     lf_saveLearnedChanges();
-    EXPECT_EQ(messageLine().message.substr(8), " saving \"airports/learned/stock/LSZH.xml\" did not succeed");
+    EXPECT_EQ(messageLine().message.substr(8), fmt::format(" saving \"{}\" did not succeed", learnedText()));
     EXPECT_EQ(standChanges(), 1U) << "it is tried again at the next renewal";
     clearLoadedAirport();
     clearMessage();
@@ -402,7 +400,7 @@ TEST_F(Learning, WhetherAnAirportCanBeLearnedOffLine) {
         {"<parameter name=", false},
     };
     setEnvironment("KESTRANE_DOWNLOAD_ROOT",
-                   "file://" + platform::utf8FromPath(folder.path() / "server/downloads") + "/");
+                   "file://" + (folder.path() / "server/downloads/").generic_string());
     for (const Case& entry : cases) {
         folder.write("server/downloads/P3D/archive/stock/LSZH.xml",
                      fmt::format("<parameters>{}</parameters>", entry.parameters));

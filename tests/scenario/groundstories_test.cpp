@@ -3,6 +3,7 @@
 #include "catalogue/referencetables.h"
 #include "core/geodesy.h"
 #include "core/parameters.h"
+#include "core/random.h"
 #include "core/reasoncounts.h"
 #include "engine/categories.h"
 #include "engine/tables.h"
@@ -16,6 +17,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 
 namespace kst {
 namespace {
@@ -69,6 +71,10 @@ public:
     }
     Ground& nose(double headingDeg) {
         report_.headingDeg = headingDeg;
+        return *this;
+    }
+    Ground& pause(double seconds) {
+        report_.at += seconds;
         return *this;
     }
     Ground& stand(double seconds) {
@@ -311,6 +317,50 @@ TEST(GroundStories, StandsWithoutSizeAndWithoutPlace) {
     EXPECT_LT(apron.metresFrom(zurich), 100.0);
     EXPECT_LT(apron.turns.largest(), fastestTurn);
     EXPECT_TRUE(parkPositions().front().radius_change);
+}
+
+// Aircraft roll onto stands drawn from the real airport, some of them overlapping, and stop up to 8 m off.
+TEST(GroundStories, BusyApron) {
+    ScenarioWorld world({.user = {47.49, 8.55}, .userAltFt = 8000.0});
+    world.openAirport("LSZH", zurich, elevationFt);
+    world.loadStands("LSZH");
+    std::vector<TrafficReport> reports;
+    std::set<std::uint32_t> wanted;
+    for (std::uint32_t i = 0; i < 40; ++i) {
+        const ParkPos& stand =
+            *standBySid(randomBelow(static_cast<std::uint32_t>(parkPositions().size())) + 1);
+        if (stand.heli || !wanted.insert(stand.sid).second) {
+            continue;
+        }
+        constexpr double smallStandM = 17.0;
+        const bool small = stand.radius * metresPerNm < smallStandM;
+        const double nose = stand.heading * degPerRad;
+        Ground way(fmt::format("SWR{}", 100 + i));
+        way.aircraft(small ? "C172" : "A320", fmt::format("HB-J{:02}", i)).nose(nose);
+        way.at(offset(stand.position(), nose + 180.0, 400.0)).pause(4.0 * i).move(nose, 400.0, 10.0);
+        way.at(offset(stand.position(), randomBelow(360), randomBelow(8))).stand(100);
+        for (TrafficReport report : way.reports()) {
+            report.hexid = hexid + i;
+            reports.push_back(report);
+        }
+    }
+    world.feed(drawn(reports));
+    TurnWatch turns;
+    world.play(400, [&] { turns.look(); });
+    EXPECT_EQ(liveAcs.size(), wanted.size());
+    EXPECT_LT(turns.largest(), fastestTurn);
+    for (const LiveAc& ac : liveAcs) {
+        SCOPED_TRACE(ac.callsign);
+        ASSERT_EQ(ac.phase, AcPhase::Parked);
+        const ParkPos& stand = *standBySid(ac.sid);
+        EXPECT_LT(gf_distanceNm(stand.position(), ac.simState.position()) * metresPerNm, 2.0);
+        EXPECT_LT(std::abs(gf_angleDiff(stand.heading, ac.simState.heading)) * degPerRad, 1.0);
+        for (const LiveAc& other : liveAcs) {
+            EXPECT_TRUE(&other == &ac || gf_distanceNm(other.simState.position(), ac.simState.position()) >
+                                             ac.halfSpanNm + other.halfSpanNm)
+                << "stands in " << other.callsign;
+        }
+    }
 }
 
 struct Remembered {

@@ -4,11 +4,15 @@
 //   kestrane-data regcodes PLAIN.xml OUT.zip   the registration list
 //   kestrane-data show FILE.zip                either of them in plain text
 //   kestrane-data reference FOLDER PLAIN.xml   a plain reference document from the CSV facts in FOLDER
+//   kestrane-data match STORE.xml DBASE.zip TRACKS.csv...
+//                                              which rung of the matching ladder each recorded aircraft comes
+//                                              to
 //   kestrane-data airports FOLDER OUT.xml      the world directory of airports from the same
 //   kestrane-data stock FOLDER ICAO OUT.xml    an airport's stock parking file from the same
 
 #include "airportlist.h"
 #include "codes.h"
+#include "matchtable.h"
 #include "referencefacts.h"
 #include "stockfile.h"
 #include "zipfile.h"
@@ -105,6 +109,8 @@ int run(const std::vector<std::string>& words) {
         makeDirectory(words[1], words[2]);
     } else if (words.size() == 4 && words[0] == "stock") {
         makeStock(words[1], words[2], words[3]);
+    } else if (words.size() >= 4 && words[0] == "match") {
+        kst::data::printMatches(words[1], words[2], {words.begin() + 3, words.end()});
     } else {
         return usage();
     }

@@ -125,6 +125,29 @@ void addRegistrations(pugi::xml_document& document, const std::string& folder,
     }
 }
 
+/// Codes that add-on files use for a type, where they are no type's own.
+void addFixes(pugi::xml_document& document, const std::string& folder, const std::set<std::string>& models) {
+    pugi::xml_node parent = document.append_child("fixes");
+    for (const Row& row : readRows(folder + "/fixes.csv", true)) {
+        if (row.size() == 2 && !models.contains(row[0]) && models.contains(row[1])) {
+            pugi::xml_node node = parent.append_child("fx");
+            node.append_attribute("wro") = row[0].c_str();
+            node.append_attribute("cor") = row[1].c_str();
+        }
+    }
+}
+
+void addPublishers(pugi::xml_document& document, const std::string& folder) {
+    pugi::xml_node parent = document.append_child("publishers");
+    for (const Row& row : readRows(folder + "/publishers.csv", false)) {
+        std::string names;
+        for (const std::string& name : row) {
+            names += (names.empty() ? "" : ",") + name;
+        }
+        parent.append_child("pub").append_attribute("names") = names.c_str();
+    }
+}
+
 } // namespace
 
 void addReferenceFacts(pugi::xml_document& document, const std::string& folder) {
@@ -139,8 +162,13 @@ void addReferenceFacts(pugi::xml_document& document, const std::string& folder) 
     }
     addCodes(document, "ICAO_airlines", "ICAO", "codes", airlines);
     addRegistrations(document, folder, models);
-    // No add-on airport is known yet; the section itself is required and may not be empty.
-    document.append_child("simaddonsP3D").append_child("simaddonP3D").append_attribute("arpts") = "none";
+    addFixes(document, folder, models);
+    addPublishers(document, folder);
+    std::set<std::string> airports;
+    for (const Row& row : readRows(folder + "/simaddons.csv", false)) {
+        airports.insert(row.front());
+    }
+    addCodes(document, "simaddonsP3D", "simaddonP3D", "arpts", airports);
 }
 
 } // namespace kst::data

@@ -6,8 +6,9 @@
 
 namespace kst::data {
 
-/// Fills a plain reference document from types.csv, similar.csv, airlines.csv and registrations.csv of the
-/// folder. Throws std::runtime_error where a file is missing.
+/// Fills a plain reference document from types.csv, similar.csv, airlines.csv, registrations.csv,
+/// fixes.csv, publishers.csv and simaddons.csv of the folder. Throws std::runtime_error where a file is
+/// missing.
 void addReferenceFacts(pugi::xml_document& document, const std::string& folder);
 
 } // namespace kst::data

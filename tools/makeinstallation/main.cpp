@@ -1,6 +1,6 @@
 // makeinstallation: makes folders of installed aircraft.
 //
-//   makeinstallation FOLDER [FILES [SECTIONS]]   everything that add-on makers do right and wrong (6000, 10);
+//   makeinstallation FOLDER [FILES [SECTIONS]]   everything that add-on makers do right and wrong (6000, 12);
 //                                                what a scan must come to is written beside it
 //   makeinstallation --demo DATA FOLDER          the airlines and types that fly in the recordings of DATA
 
@@ -59,7 +59,7 @@ int run(const std::vector<std::string>& words) {
         return 2;
     }
     makeAll(words[0], words.size() > 1 ? numberOf(words[1]) : 6000,
-            words.size() > 2 ? numberOf(words[2]) : 10);
+            words.size() > 2 ? numberOf(words[2]) : 12);
     return 0;
 }
 

@@ -39,17 +39,25 @@ struct CloseFolder {
 
 } // namespace
 
-std::error_code listFolder(const std::filesystem::path& folder, std::vector<FolderEntry>& entries) {
-    entries.clear();
+FolderListing listFolder(const std::filesystem::path& folder) {
+    FolderListing listing;
     const std::unique_ptr<DIR, CloseFolder> stream(::opendir(folder.empty() ? "." : folder.c_str()));
     if (stream == nullptr) {
-        return {errno, std::generic_category()};
+        listing.error = {errno, std::generic_category()};
+        return listing;
     }
+    struct stat status {};
+    if (::fstat(::dirfd(stream.get()), &status) == 0) {
+        listing.identity = FolderIdentity{status.st_dev, status.st_ino};
+    }
+    std::vector<FolderEntry>& entries = listing.entries;
     while (true) {
         errno = 0;
         const dirent* const found = ::readdir(stream.get());
         if (found == nullptr) {
-            return {errno, std::generic_category()};
+            // Zero, and so no error, at the end of the folder.
+            listing.error = {errno, std::generic_category()};
+            return listing;
         }
         const std::string_view name = found->d_name;
         if (name == "." || name == "..") {

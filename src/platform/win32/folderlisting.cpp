@@ -41,24 +41,28 @@ FolderEntry entryOf(const std::filesystem::path& folder, const WIN32_FIND_DATAW&
 
 } // namespace
 
-std::error_code listFolder(const std::filesystem::path& folder, std::vector<FolderEntry>& entries) {
-    entries.clear();
+FolderListing listFolder(const std::filesystem::path& folder) {
+    FolderListing listing;
     WIN32_FIND_DATAW found{};
     const std::filesystem::path pattern = (folder.empty() ? std::filesystem::path(".") : folder) / "*";
     HANDLE const handle = ::FindFirstFileExW(pattern.c_str(), FindExInfoBasic, &found, FindExSearchNameMatch,
                                              nullptr, FIND_FIRST_EX_LARGE_FETCH);
     if (handle == INVALID_HANDLE_VALUE) {
-        return lastError();
+        listing.error = lastError();
+        return listing;
     }
     const std::unique_ptr<HANDLE, CloseSearches> search(handle);
+    listing.identity = folderIdentity(folder);
     do {
         const std::wstring_view name = found.cFileName;
         if (name != L"." && name != L"..") {
-            entries.push_back(entryOf(folder, found));
+            listing.entries.push_back(entryOf(folder, found));
         }
     } while (::FindNextFileW(handle, &found) != 0);
-    const std::error_code error = lastError();
-    return error.value() == ERROR_NO_MORE_FILES ? std::error_code{} : error;
+    if (const std::error_code error = lastError(); error.value() != ERROR_NO_MORE_FILES) {
+        listing.error = error;
+    }
+    return listing;
 }
 
 } // namespace kst::platform

@@ -1,0 +1,61 @@
+// The content of an airport parking file: from the download server, from scenery, or edited by hand.
+
+#include "core/files.h"
+#include "parking/parkposxml.h"
+#include "parking/stands.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <stdexcept>
+
+namespace {
+
+void require(bool holds) {
+    if (!holds) {
+        std::abort();
+    }
+}
+
+std::string written(const std::vector<kst::ParkPos>& stands) {
+    pugi::xml_document document;
+    const pugi::xml_node parkpositions = document.append_child("parkpositions");
+    for (const kst::ParkPos& stand : stands) {
+        kst::addParkOptions(kst::addParkPos(parkpositions, stand), stand);
+    }
+    return kst::xmlText(document);
+}
+
+/// Whether the stands could be read.
+bool read(const std::string& content, std::vector<kst::ParkPos>& stands) {
+    pugi::xml_document document;
+    if (!document.load_buffer(content.data(), content.size())) {
+        return false;
+    }
+    try {
+        kst::readParkPositions(document, stands, true);
+    } catch (const std::runtime_error&) {
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    std::vector<kst::ParkPos> stands;
+    if (!read({reinterpret_cast<const char*>(data), size}, stands)) {
+        return 0;
+    }
+    kst::numberStands(stands);
+    for (const kst::ParkPos& stand : stands) {
+        for (const std::uint32_t neighbour : stand.neighbours) {
+            require(neighbour >= 1 && neighbour <= stands.size() && neighbour != stand.sid);
+        }
+    }
+    // What a save writes, a load takes, and a second save writes again.
+    const std::string saved = written(stands);
+    std::vector<kst::ParkPos> again;
+    require(read(saved, again));
+    require(written(again) == saved);
+    return 0;
+}

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kst::data {
+
+/// Matches every aircraft of the recorded tracks against the liveries of a store, as the program would
+/// without RANDOM, and prints which rungs were reached and why none was. Throws std::runtime_error where a
+/// file is missing.
+void printMatches(const std::string& store, const std::string& reference,
+                  const std::vector<std::string>& tracks);
+
+} // namespace kst::data
