@@ -2,6 +2,7 @@
 
 #include "catalogue/cfglines.h"
 #include "catalogue/cfgmodel.h"
+#include "catalogue/exitlook.h"
 #include "core/files.h"
 #include "core/log.h"
 #include "core/runstate.h"
@@ -30,13 +31,9 @@ bool isSectionStart(std::string_view line) {
 /// Hands the lines of a text over one by one, and looks for an exit now and then.
 template <class Take>
 bool forEachLine(std::string_view text, Take take) {
-    constexpr unsigned linesPerLook = 1024;
-    unsigned lines = 0;
+    ExitLook look;
     while (!text.empty()) {
-        if (++lines % linesPerLook == 0 && stopAsked()) {
-            return false;
-        }
-        if (!take(takeTextLine(text))) {
+        if (look.stops() || !take(takeTextLine(text))) {
             return false;
         }
     }
@@ -185,7 +182,7 @@ FileFindings lf_searchLiveriesinFile(ConfigFile file, const AircraftFolder& fold
         return findings;
     }
     try {
-        switch (readTextFile(path, text)) {
+        switch (readTextFile(path, text, stopAsked)) {
         case TextRead::Done:
             return readConfigText(file, folder, text);
         case TextRead::NotOpened:

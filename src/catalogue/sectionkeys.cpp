@@ -1,6 +1,7 @@
 #include "catalogue/sectionkeys.h"
 
 #include "catalogue/cfglines.h"
+#include "catalogue/exitlook.h"
 #include "catalogue/reference.h"
 #include "catalogue/referencereader.h"
 
@@ -199,8 +200,9 @@ std::optional<SectionKeys> readSectionKeys(const ConfigFile& file, std::span<con
     const auto counts = [](std::string_view line) { return !line.empty() && !isCfgComment(line); };
     const auto last = std::find_if(lines.rbegin(), lines.rend(), counts);
     SectionReader reader(file, lines.front(), findings);
+    ExitLook look;
     for (const std::string_view line : lines.first(static_cast<std::size_t>(lines.rend() - last))) {
-        if (!reader.take(line)) {
+        if (look.stops() || !reader.take(line)) {
             return std::nullopt;
         }
     }
@@ -208,7 +210,11 @@ std::optional<SectionKeys> readSectionKeys(const ConfigFile& file, std::span<con
 }
 
 std::string_view firstTitle(std::span<const std::string_view> lines) {
+    ExitLook look;
     for (const std::string_view line : lines) {
+        if (look.stops()) {
+            break;
+        }
         if (const CfgLine found = matchKeyLine(line); found.key == CfgKey::Title) {
             return found.value;
         }

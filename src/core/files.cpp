@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
 
@@ -37,16 +38,31 @@ std::u16string units(std::string_view content, bool bigEndian) {
     return result;
 }
 
-std::string textOfUtf16(std::u16string_view text) {
+bool isFirstHalf(char16_t unit) {
+    return unit >= 0xD800 && unit <= 0xDBFF;
+}
+
+std::string textOfUtf16(std::u16string_view text, bool (*stopped)()) {
     constexpr char16_t byteOrderMark = 0xFEFF;
+    constexpr std::size_t unitsAtATime = 64 * 1024;
     if (text.starts_with(byteOrderMark)) {
         text.remove_prefix(1);
     }
+    std::string converted;
     try {
-        return utf8::utf16to8(text);
+        while (!text.empty() && !(stopped != nullptr && stopped())) {
+            std::u16string_view part = text.substr(0, unitsAtATime);
+            // The halves of a pair stay together.
+            if (part.size() < text.size() && isFirstHalf(part.back())) {
+                part.remove_suffix(1);
+            }
+            utf8::utf16to8(part.begin(), part.end(), std::back_inserter(converted));
+            text.remove_prefix(part.size());
+        }
     } catch (const utf8::exception& failure) {
         throw ConversionError(fmt::format("{}{}", utf16Failure, failure.what()));
     }
+    return converted;
 }
 
 TextEncoding encodingOf(std::string_view content) {
@@ -61,11 +77,11 @@ TextEncoding encodingOf(std::string_view content) {
 }
 
 /// Turns the bytes of a file into one text of UTF-8, without its mark.
-void decodeText(std::string& content, TextEncoding encoding) {
+void decodeText(std::string& content, TextEncoding encoding, bool (*stopped)() = nullptr) {
     switch (encoding) {
     case TextEncoding::Unicode:
     case TextEncoding::Unicode_big_endian:
-        content = textOfUtf16(units(content, encoding == TextEncoding::Unicode_big_endian));
+        content = textOfUtf16(units(content, encoding == TextEncoding::Unicode_big_endian), stopped);
         break;
     case TextEncoding::UTF8_with_BOM: {
         // Three bytes of the first line are cut, whatever the third one is.
@@ -213,10 +229,10 @@ TextRead readText(const std::filesystem::path& path, Decode decode) {
 
 } // namespace
 
-TextRead readTextFile(const std::filesystem::path& path, std::string& text) {
+TextRead readTextFile(const std::filesystem::path& path, std::string& text, bool (*stopped)()) {
     text.clear();
     return readText(path, [&](std::string content, TextEncoding encoding) {
-        decodeText(content, encoding);
+        decodeText(content, encoding, stopped);
         text = std::move(content);
     });
 }

@@ -47,8 +47,8 @@ bool gf_readExtTextFileToStringVector(const std::filesystem::path& path, std::ve
 
 enum class TextRead { Done, NotOpened, Failed };
 /// The same, but as one text whose lines `takeTextLine` takes off: nothing is copied a second time. `text` is
-/// replaced, and empty on failure.
-TextRead readTextFile(const std::filesystem::path& path, std::string& text);
+/// replaced, and empty on failure. Once `stopped` says so, a long conversion ends with what it has.
+TextRead readTextFile(const std::filesystem::path& path, std::string& text, bool (*stopped)() = nullptr);
 /// Takes the next line off a text that is not empty: without its line end, a view into `rest`.
 std::string_view takeTextLine(std::string_view& rest);
 

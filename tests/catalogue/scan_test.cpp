@@ -1,3 +1,4 @@
+#include "catalogue/configfile.h"
 #include "catalogue/referencetables.h"
 #include "catalogue/scan.h"
 #include "catalogue/scanfolder.h"
@@ -249,6 +250,22 @@ TEST_F(LiveryScan, AnExitEndsItAndLeavesNoStore) {
     EXPECT_TRUE(lf_scanFolders({"ai"}));
     EXPECT_FALSE(fs::exists("output/LiveriesScanned.xml"));
     EXPECT_THAT(scannedLiveries, IsEmpty());
+}
+
+TEST_F(LiveryScan, WhatVanishesOrCannotBeReadIsPassedOver) {
+    aircraft("ai/good", "B738", {"title=one\natc_parking_codes=KLM"});
+    fs::create_directories("ai/folder/aircraft.cfg");
+    folder.write("ai/huge/aircraft.cfg", "x");
+    fs::resize_file("ai/huge/aircraft.cfg", largestTextFile + 1);
+    ScanState state;
+    lf_searchLiveriesinFolder(1, "ai", state);
+    lf_searchLiveriesinFolder(1, "gone", state);
+    EXPECT_EQ(scannedLiveries.size(), 1U);
+    EXPECT_THAT(log(), HasSubstr("liveries search in folder gone aborted because of iterator problem: "));
+    EXPECT_THAT(log(), HasSubstr("ai/huge/aircraft.cfg: "));
+    const FileFindings gone = lf_searchLiveriesinFile({"ai/gone.cfg", CfgKind::Standard, 1, ""}, {"ai", {}});
+    EXPECT_TRUE(gone.liveries.empty() && gone.reports.noFltsimFiles.empty());
+    scannedLiveries.clear();
 }
 
 TEST_F(LiveryScan, ProgressIsShownAtMostTwiceASecond) {

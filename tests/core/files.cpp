@@ -83,6 +83,18 @@ TEST_F(FilesTest, BrokenUtf16IsShownAndRefused) {
     EXPECT_THROW(decodeTextLines("\x00\xDC"s, TextEncoding::Unicode), std::runtime_error);
 }
 
+TEST_F(FilesTest, APairOfUtf16StaysTogetherWhereverItStandsInALongFile) {
+    std::string content = "\xFF\xFE" + std::string("x\0", 2);
+    std::string expected = "x";
+    for (int i = 0; i < 70'000; ++i) {
+        content += "\x3D\xD8\xE9\xDE";
+        expected += "\xF0\x9F\x9B\xA9";
+    }
+    std::string text;
+    EXPECT_EQ(readTextFile(folder.write("long.txt", content), text), TextRead::Done);
+    EXPECT_TRUE(text == expected);
+}
+
 TEST_F(FilesTest, WhatIsNoTextFileIsRefusedWithAWord) {
     std::vector<std::string> lines = {"from before"};
     EXPECT_FALSE(gf_readExtTextFileToStringVector("missing.txt", lines));
