@@ -22,7 +22,8 @@ bool equalIgnoringCase(char a, char b) {
 }
 
 bool containsIgnoringCase(std::string_view text, std::string_view part) {
-    return std::ranges::search(text, part, equalIgnoringCase).begin() != text.end() || part.empty();
+    return std::search(text.begin(), text.end(), part.begin(), part.end(), equalIgnoringCase) != text.end() ||
+           part.empty();
 }
 
 bool isExpression(std::string_view item) {

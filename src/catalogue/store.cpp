@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
 
 #include <fmt/format.h>
 
@@ -26,13 +27,43 @@ bool tablesBuilt = false; ///< worker
 /// The operator asked for a scan; the worker empties the tables before it builds them anew.
 std::atomic<bool> emptyingAsked{false};
 
+/// One walk over the attributes: there are tens of thousands of elements.
 LiveryData liveryOf(const pugi::xml_node& node) {
-    return {.airline = node.attribute("airl").value(),
-            .model = node.attribute("type").value(),
-            .title = node.attribute("title").value(),
-            .regcode = node.attribute("atcid").value(),
-            .priority = 0,
-            .cargo = textMeansTrue(node.attribute("cargo").value())};
+    LiveryData livery;
+    for (auto attribute = node.first_attribute(); attribute; attribute = attribute.next_attribute()) {
+        const std::string_view name = attribute.name();
+        std::string* const text = name == "airl"    ? &livery.airline
+                                  : name == "type"  ? &livery.model
+                                  : name == "title" ? &livery.title
+                                  : name == "atcid" ? &livery.regcode
+                                                    : nullptr;
+        if (text != nullptr) {
+            *text = attribute.value();
+        } else if (name == "cargo") {
+            livery.cargo = textMeansTrue(attribute.value());
+        }
+    }
+    return livery;
+}
+
+void takeLiveries(const pugi::xml_document& document, const std::string& name) {
+    scannedLiveries.clear();
+    checkXmlMeta(document);
+    const pugi::xml_node liveries = document.child("liveries");
+    if (!liveries) {
+        throw UserErrorException(52, fmt::format("{} does not contain a <liveries> section", name));
+    }
+    const auto nodes = liveries.children("liv");
+    scannedLiveries.reserve(static_cast<std::size_t>(std::distance(nodes.begin(), nodes.end())));
+    for (const pugi::xml_node node : nodes) {
+        scannedLiveries.push_back(liveryOf(node));
+    }
+    if (scannedLiveries.empty()) {
+        throw UserErrorException(533, name + " does not contain liveries");
+    }
+    logLine(fmt::format("{} liveries read from {}", scannedLiveries.size(), name));
+    lf_sortLiveries(scannedLiveries);
+    scannedLiveries.erase(std::unique(scannedLiveries.begin(), scannedLiveries.end()), scannedLiveries.end());
 }
 
 void buildTables() {
@@ -64,26 +95,20 @@ void lf_readLiveries() {
 }
 
 void readLiveriesFrom(const std::filesystem::path& path) {
-    scannedLiveries.clear();
     const std::string name = platform::utf8FromPath(path);
     pugi::xml_document document;
     if (!document.load_file(path.c_str())) {
         throw UserErrorException(51, fmt::format("File {} not found", name));
     }
-    checkXmlMeta(document);
-    const pugi::xml_node liveries = document.child("liveries");
-    if (!liveries) {
-        throw UserErrorException(52, fmt::format("{} does not contain a <liveries> section", name));
+    takeLiveries(document, name);
+}
+
+void readLiveriesText(std::string_view text, const std::string& name) {
+    pugi::xml_document document;
+    if (!document.load_buffer(text.data(), text.size())) {
+        throw UserErrorException(51, fmt::format("File {} not found", name));
     }
-    for (const pugi::xml_node node : liveries.children("liv")) {
-        scannedLiveries.push_back(liveryOf(node));
-    }
-    if (scannedLiveries.empty()) {
-        throw UserErrorException(533, name + " does not contain liveries");
-    }
-    logLine(fmt::format("{} liveries read from {}", scannedLiveries.size(), name));
-    lf_sortLiveries(scannedLiveries);
-    scannedLiveries.erase(std::unique(scannedLiveries.begin(), scannedLiveries.end()), scannedLiveries.end());
+    takeLiveries(document, name);
 }
 
 void gf_processScannedLiveries() {
