@@ -60,6 +60,8 @@ constexpr std::array<std::string_view, reasonCount> reasonTexts = {
     "stand taken on arrival",
     "live limit",
     "parking limit",
+    "parking renewal",
+    "park airport closed",
     "conflict with the user",
     "conflict with a live aircraft",
     "conflict with a static aircraft",

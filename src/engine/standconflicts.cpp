@@ -8,6 +8,7 @@
 #include "core/parameters.h"
 #include "core/runstate.h"
 #include "engine/conflicts.h"
+#include "engine/meanage.h"
 #include "engine/parked.h"
 #include "engine/parkinglink.h"
 #include "engine/pass.h"
@@ -120,42 +121,6 @@ void clearLiveForClaim(const LiveAc& claimer, const ParkPos& stand) {
             lf_removeAdjacent(ac, claimer, stand, *neighbour);
         }
     }
-}
-
-double halfHoursSince(DayHH stamp, DayHH now) {
-    constexpr int halfHoursPerDay = 48;
-    constexpr int halfHoursPerWeek = 7 * halfHoursPerDay;
-    const int passed = (now.day - stamp.day) * halfHoursPerDay + now.hh - stamp.hh;
-    return (passed % halfHoursPerWeek + halfHoursPerWeek) % halfHoursPerWeek;
-}
-
-/// Mean age in hours of what stands parked: half of the half hours since each arrival.
-class MeanAge {
-public:
-    void add(DayHH stamp) {
-        sum_ += halfHoursSince(stamp, now_);
-        ++count_;
-    }
-    float hours() const { return count_ > 0 ? static_cast<float>(sum_ / (2.0 * count_)) : 0.0F; }
-    int count() const { return count_; }
-
-private:
-    DayHH now_ = nowDayHH();
-    double sum_ = 0.0;
-    int count_ = 0;
-};
-
-bool isInSimulator(const AcBase& ac) {
-    return ac.state == AcState::Live || ac.state == AcState::Removing;
-}
-
-/// Whether stamp `a` lies before `b`. Observations reach back over one midnight, so day 7 lies before day 1.
-bool isEarlier(DayHH a, DayHH b) {
-    if (a.day == b.day) {
-        return a.hh < b.hh;
-    }
-    const bool overWeekEnd = (a.day == 7 && b.day == 1) || (a.day == 1 && b.day == 7);
-    return overWeekEnd ? a.day == 7 : a.day < b.day;
 }
 
 void removeLongestParked() {

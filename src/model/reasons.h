@@ -63,6 +63,8 @@ enum class Reason : int {
     StandTakenOnArrival,
     LiveLimit,
     ParkingLimit,
+    ParkingRenewal,
+    ParkingClosed,
     ConflictWithUser,
     ConflictWithLive,
     ConflictWithStatic,

@@ -1,17 +1,28 @@
 #pragma once
 
-// Static parked aircraft: the population of the park airport's stands. Worker only.
+// Static parked aircraft: the loaded airport's population from its first making to its end. The search for
+// it is in parkrequests.h, its adjustment every 20 minutes in renewal.h. Worker only.
+
+#include <string>
 
 namespace kst {
 
-/// Creates the next waiting static aircraft, if there is one.
+/// Loads the park airport's stands. Returns an error text, empty on success. Throws UserErrorException for a
+/// file that cannot be right.
+std::string lf_readParkedFile();
+
+/// Works out the first population of the airport that was just loaded.
+void lf_initialParking();
+
+/// Creates the next aircraft of `parkQueue`, while no other creation waits.
 void lf_parkStatic();
-/// Starts the adjustment of the population to the present half hour: the second round of a renewal.
-void lf_startParkingRenewal();
-/// Removes what occupies the stand under the user.
-void lf_clearUserStand();
-/// Saves what was learned at the park airport and forgets it: the end of a run.
-void lf_saveAndCloseAirport();
+
+/// Removes every static aircraft, and the live ones from their stands; then closes the airport.
+void lf_removeAllParked();
+
+/// Saves what was learned at the loaded airport and forgets it.
+void lf_closeAirport();
+
 /// Whether a park airport is loaded and has stands.
 bool parkAirportLoaded();
 /// Enables or disables the controls of the parking population.

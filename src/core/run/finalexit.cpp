@@ -114,7 +114,7 @@ void FinalExit(int seconds) {
     if (!restartPending) {
         settleForEnd();
     }
-    lf_saveAndCloseAirport();
+    lf_closeAirport();
     if (reason != ExitReason::RestartInstallPath) {
         clearScanRequests();
     }

@@ -13,7 +13,7 @@
 #include "feed/feedqueue.h"
 #include "feed/readers.h"
 #include "feed/realtrafficlink.h"
-#include "parking/parkairports.h"
+#include "parking/parkairportchoice.h"
 #include "parking/staticparking.h"
 #include "platform/timerresolution.h"
 #include "simlink/objectcommands.h"

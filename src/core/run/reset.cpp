@@ -8,6 +8,8 @@
 #include "engine/tables.h"
 #include "feed/feedqueue.h"
 #include "feed/readers.h"
+#include "parking/parkairportchoice.h"
+#include "parking/parkairports.h"
 #include "simlink/objectcommands.h"
 #include "simlink/session.h"
 
@@ -20,6 +22,8 @@ void resetForNextRun(bool restartFollows) {
     clearMessage();
     lf_resetReaders();
     resetEngine(restartFollows);
+    resetParkAirports();
+    resetParkAirportChoice();
     resetObjectCommands();
     resetSimSession();
     resetFeedQueue();

@@ -16,7 +16,10 @@
 #include "feed/readers.h"
 #include "feed/realtrafficlink.h"
 #include "parking/learning.h"
+#include "parking/parkairportchoice.h"
 #include "parking/parkairports.h"
+#include "parking/renewal.h"
+#include "parking/reservedstand.h"
 #include "parking/staticparking.h"
 
 #include <cmath>
@@ -79,7 +82,7 @@ void serveParkRenewal() {
     clearError();
     clearMessage();
     if (parkAirportLoaded()) {
-        lf_startParkingRenewal();
+        lf_parkingAdjustments();
     } else {
         parkingRunning = false;
         enableParkingControls(true);
