@@ -39,7 +39,7 @@ else()
   target_link_libraries(kst_library_httplib INTERFACE cpp-httplib ssl crypto Threads::Threads)
 endif()
 
-# The fuzz targets need no window.
-if(Qt6_FOUND AND NOT KST_FUZZ)
+# Fuzz targets alone need no window.
+if(Qt6_FOUND AND (KST_TESTS OR NOT KST_FUZZ))
   set(KST_WINDOW_TOOLKIT Qt6::Widgets)
 endif()
