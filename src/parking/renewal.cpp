@@ -12,7 +12,6 @@
 #include "engine/parkinglink.h"
 #include "engine/pass.h"
 #include "engine/tables.h"
-#include "parking/learning.h"
 #include "parking/parkrequests.h"
 #include "parking/population.h"
 #include "parking/reservedstand.h"
@@ -265,8 +264,6 @@ void lf_parkingAdjustments() {
         stand.allocated = stand.reserved = stand.blocked = false;
     }
     reviveOptions();
-    // What was learned since the last renewal is kept, should the program end without a farewell.
-    lf_saveLearnedChanges();
     lf_markReservedStands();
     updateStatus(Band::Park, [](StatusValues& status) { status.staticBusyShown = false; });
     const int wanted = lf_wantedParkCount();

@@ -18,6 +18,7 @@
 #include "parking/learning.h"
 #include "parking/parkairportchoice.h"
 #include "parking/parkairports.h"
+#include "parking/population.h"
 #include "parking/renewal.h"
 #include "parking/reservedstand.h"
 #include "parking/staticparking.h"
@@ -95,6 +96,8 @@ void everyMinute(std::uint32_t tick) {
         status.nextRenewalMinutes = renewalMinutes - tick / minuteTicks % renewalMinutes;
     });
     if (tick % renewalTicks == 0) {
+        // Saved should the program end without a farewell; observations that stood back count again.
+        reviveOptions();
         lf_saveLearnedChanges();
         lf_logUnmatchedTargets();
         if (parkAirport() && !INITIAL_LOAD_ONLY && !parkRenewalDue) {
