@@ -314,9 +314,12 @@ void lf_removeAllParked() {
     lf_removeAllStatic(Reason::ParkingClosed);
     removeLiveFromStands();
     lf_closeAirport();
-    MAX_LIVE.setFromText(storedParameterText(MAX_LIVE.name()));
-    liveLimit = MAX_LIVE.get();
-    showParameter(MAX_LIVE);
+    // The learned file may have set a limit of its own.
+    if (const std::string stored = storedParameterText(MAX_LIVE.name()); !stored.empty()) {
+        MAX_LIVE.setFromText(stored);
+        liveLimit = MAX_LIVE.get();
+        showParameter(MAX_LIVE);
+    }
 }
 
 void lf_closeAirport() {

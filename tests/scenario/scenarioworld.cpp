@@ -135,6 +135,9 @@ ScenarioWorld::~ScenarioWorld() {
 
 void ScenarioWorld::openAirport(const std::string& code, LatLon position, double elevationFt) {
     world_.terrain().addAirport(position.lat, position.lon, elevationFt);
+    // In sight of a spectator high above as well.
+    AIRPORT_HEIGHT.set(AIRPORT_HEIGHT.maximum());
+    AIRPORT_RANGE.set(AIRPORT_RANGE.maximum());
     setParkAirport(ParkAirportFacts{code, code, position, elevationFt});
     setFieldElevation(elevationFt);
 }
