@@ -82,8 +82,11 @@ public:
 private:
     void followAirport(LatLon place) {
         const Airport* airport = nearestAirport(flight_.airports, place);
-        if (airport != nullptr && airport->code != parkCode_) {
-            parkCode_ = airport->code;
+        const auto open = parkAirport();
+        // The user follows high above: out of the airport's sight, were it not for this.
+        AIRPORT_HEIGHT.set(AIRPORT_HEIGHT.maximum());
+        AIRPORT_RANGE.set(AIRPORT_RANGE.maximum());
+        if (airport != nullptr && (!open || airport->code != open->code)) {
             setParkAirport(
                 ParkAirportFacts{airport->code, airport->code, airport->position, airport->elevationFt});
             setFieldElevation(airport->elevationFt);
@@ -190,7 +193,6 @@ private:
 
     const RecordedFlight& flight_;
     test::ScenarioWorld world_;
-    std::string parkCode_;
     double began_ = 0.0;
     std::uint32_t objectId_ = 0;
     double settled_ = 0.0;
