@@ -1,6 +1,6 @@
 // Matching with 60,000 liveries and 500,000 registrations loaded, and reading the store of those liveries
-// beside the floor: pugixml's parse of the same file and nothing else. Counters: "match us" is the processor
-// time of one match; "of parse" is the ratio of reading the store to the bare parse in the same run.
+// beside the floor: pugixml's parse of the same file and nothing else. The counter
+// "of parse" is the ratio of reading the store to the bare parse in the same run.
 
 #include "catalogue/matching.h"
 #include "catalogue/reference.h"

@@ -16,7 +16,10 @@ std::vector<LiveryData> scannedLiveries;
 TitleSet dontUseTitles;
 
 void lf_sortLiveries(std::vector<LiveryData>& liveries) {
-    std::stable_sort(liveries.begin(), liveries.end());
+    // A store that the program wrote is in order already: the usual case, at each start.
+    if (!std::is_sorted(liveries.begin(), liveries.end())) {
+        std::stable_sort(liveries.begin(), liveries.end());
+    }
 }
 
 bool lf_saveLiveries() {

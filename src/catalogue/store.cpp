@@ -15,7 +15,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <iterator>
 
 #include <fmt/format.h>
 
@@ -53,9 +52,12 @@ void takeLiveries(const pugi::xml_document& document, const std::string& name) {
     if (!liveries) {
         throw UserErrorException(52, fmt::format("{} does not contain a <liveries> section", name));
     }
-    const auto nodes = liveries.children("liv");
-    scannedLiveries.reserve(static_cast<std::size_t>(std::distance(nodes.begin(), nodes.end())));
-    for (const pugi::xml_node node : nodes) {
+    std::size_t count = 0;
+    for (auto node = liveries.first_child(); node; node = node.next_sibling()) {
+        ++count;
+    }
+    scannedLiveries.reserve(count);
+    for (const pugi::xml_node node : liveries.children("liv")) {
         scannedLiveries.push_back(liveryOf(node));
     }
     if (scannedLiveries.empty()) {
