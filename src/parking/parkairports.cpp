@@ -104,7 +104,10 @@ void addThirdpartyAirports(std::set<std::string, std::less<>>& codes) {
     std::set<std::string> found;
     for (std::filesystem::directory_iterator entry(folders::myThirdparty, error), end; !error && entry != end;
          entry.increment(error)) {
-        found.insert(platform::utf8FromPath(entry->path().stem()));
+        std::error_code ignored;
+        if (entry->is_regular_file(ignored)) {
+            found.insert(platform::utf8FromPath(entry->path().stem()));
+        }
     }
     std::size_t added = 0;
     for (const std::string& code : found) {

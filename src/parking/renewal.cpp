@@ -133,7 +133,7 @@ bool clashes(const ParkRequest& request, const StaticAc& ac) {
 /// with it, which then leave the queue.
 void lf_resolveClash(const StaticAc& ac, DayHH now) {
     const bool outdone = std::ranges::any_of(parkQueue, [&](const ParkRequest& request) {
-        return clashes(request, ac) && isEarlier(ac.parkStamp, now.back(static_cast<int>(request.offset)));
+        return clashes(request, ac) && static_cast<int>(request.offset) < halfHoursSince(ac.parkStamp, now);
     });
     if (outdone) {
         go(ac);
@@ -189,7 +189,9 @@ void lf_judgeStatic(const StaticAc& ac, DayHH now) {
 /// An aircraft that still shows its inbound flight changes to the outbound one when that visit ends.
 void lf_checkLeaving(StaticStayer& stayer, DayHH now) {
     const ParkPos* stand = standBySid(stayer.sid);
+    // With one callsign for both flights there is nothing to change to.
     if (stand == nullptr || stayer.coupledCallsign.empty() ||
+        stayer.coupledCallsign == stayer.primaryCallsign ||
         stayer.callsign.find(stayer.primaryCallsign) == std::string::npos) {
         return;
     }
@@ -277,8 +279,8 @@ void lf_parkingAdjustments() {
             lf_judgeStatic(ac, now);
         }
     }
-    std::ranges::stable_sort(staticStayers, [](const StaticStayer& a, const StaticStayer& b) {
-        return isEarlier(a.parkStamp, b.parkStamp);
+    std::ranges::stable_sort(staticStayers, std::greater{}, [now](const StaticStayer& stayer) {
+        return halfHoursSince(stayer.parkStamp, now);
     });
     for (StaticStayer& stayer : staticStayers) {
         lf_checkLeaving(stayer, now);

@@ -26,10 +26,11 @@ ParkPos* standById(const std::string& id) {
 
 void showReservedStand() {
     const std::string head = parkAirports.empty() ? std::string() : parkAirports.front().standId;
+    const bool exists = !reservedStand.empty() && standById(reservedStand) != nullptr;
     updateStatus(Band::Park, [&](StatusValues& status) {
         status.headStand = head;
         status.reservedStand = reservedStand;
-        status.reservedStandOk = !reservedStand.empty();
+        status.reservedStandOk = exists;
     });
 }
 

@@ -249,7 +249,9 @@ void lf_initialParking() {
     lf_markReservedStands();
     updateStatus(Band::Park, [](StatusValues& status) { status.staticBusyShown = false; });
     const int wanted = lf_wantedParkCount();
-    lf_fillPositions(now, wanted, 0);
+    if (wanted > 0) {
+        lf_fillPositions(now, wanted, 0);
+    }
     std::ranges::stable_sort(parkQueue, {}, &ParkRequest::offset);
     if (parkQueue.size() > static_cast<std::size_t>(wanted)) {
         parkQueue.resize(static_cast<std::size_t>(wanted));
