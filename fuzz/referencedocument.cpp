@@ -36,8 +36,10 @@ std::optional<std::size_t> registrations(Read read) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text = std::string(required) + std::string(reinterpret_cast<const char*>(data), size);
-    const auto inPieces = registrations(
-        [text](kst::ReferenceTables& tables) mutable { kst::readReferenceText(text, "fuzz", tables); });
+    const auto inPieces = registrations([&text](kst::ReferenceTables& tables) {
+        std::string usedUp = text;
+        kst::readReferenceText(usedUp, "fuzz", tables);
+    });
     (void)kst::gf_regcodeRecord(text.substr(0, 12));
     (void)kst::gf_publisherOfFile(text.substr(0, 100));
     const auto asWhole = registrations([&text](kst::ReferenceTables& tables) {
