@@ -217,6 +217,29 @@ void ScenarioWorld::play(double seconds, const std::function<void()>& eachTick) 
     }
 }
 
+void ScenarioWorld::idle(int seconds) {
+    for (int i = 0; i < seconds && !exit_; ++i) {
+        ticks_ += passesPerSecond;
+        time_.advance(std::chrono::seconds{1});
+        world_.frame(1.0);
+        world_.second();
+        exchange();
+        const std::int32_t count = updateCount;
+        updateCount = count + passesPerSecond - count % passesPerSecond;
+        lf_workKestrane();
+    }
+}
+
+void ScenarioWorld::skip(int minutes) {
+    constexpr int secondsPerMinute = 60;
+    constexpr int secondsPerDay = 86400;
+    const int seconds = minutes * secondsPerMinute;
+    ticks_ += static_cast<std::int64_t>(seconds) * passesPerSecond;
+    time_.advance(std::chrono::seconds{seconds});
+    ASSERT_LT(tickCount + static_cast<std::uint32_t>(seconds), secondsPerDay) << "the day's end is due";
+    tickCount += static_cast<std::uint32_t>(seconds);
+}
+
 std::unique_ptr<standin::TrafficSource> recorded(const std::string& name, double startSeconds) {
     return standin::recordedTraffic(
         {.files = {{sourceFolder() / "data/tracks" / name, startSeconds}}, .longestGapSeconds = 60.0});

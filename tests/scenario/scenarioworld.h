@@ -52,6 +52,12 @@ public:
     /// Plays so many seconds, a pass every 10 ms, `eachTick` after each pass.
     void play(double seconds, const std::function<void()>& eachTick = {});
 
+    /// Lets whole seconds pass in which nothing moves: of the passes of each second only the one that does
+    /// the second's work is made. The feed is silent.
+    void idle(int seconds);
+    /// Lets whole minutes pass in which nothing at all is due, in one step.
+    void skip(int minutes);
+
     standin::World& simulator() { return world_; }
     standin::Session& session() { return *session_; }
     /// Seconds since the scenario began.
