@@ -44,11 +44,14 @@ public:
 
     /// Looks at the observations of one half hour: `offset` half hours before now.
     std::vector<ParkRequest> lf_searchStands(OptionKind kind, int offset);
+    /// Puts a batch of requests into `parkQueue`.
+    void append(std::vector<ParkRequest>& batch);
     /// The number of stands that are taken.
     int allocated() const { return allocated_; }
 
 private:
     bool meetsNeighbour(const ParkPos& stand, const ParkOption& option) const;
+    bool standsHere(const ParkPos& stand, const ParkOption& option) const;
     bool isRefused(const ParkPos& stand, const ParkOption& option) const;
     bool isInFeed(std::string_view callsign) const;
     ParkOption* pick(ParkPos& stand) const;
@@ -97,16 +100,29 @@ bool StandSearch::isInFeed(std::string_view callsign) const {
            liveCallsigns.contains(std::string(callsign) + '_');
 }
 
+/// Whether the aircraft of this observation stands on this stand already.
+bool StandSearch::standsHere(const ParkPos& stand, const ParkOption& option) const {
+    const StaticAc* ac = stand.sid < standing_.size() ? standing_[stand.sid] : nullptr;
+    return ac != nullptr && ac->airline == option.airl && ac->acType == option.type &&
+           ac->regcode == option.reg && ac->primaryCallsign == option.cs && ac->coupledCallsign == option.cs2;
+}
+
 /// Each flight and each airframe stands once. A static aircraft on this very stand is the one that the
-/// renewal recognises.
+/// renewal recognises. Unknown texts count as alike, but not against who stands here already: aircraft
+/// without callsigns would drive each other out.
 bool StandSearch::isRefused(const ParkPos& stand, const ParkOption& option) const {
-    return isInFeed(option.cs) || isInFeed(option.cs2) ||
-           holdsElsewhere(staticCallsigns_, option.cs, stand.sid) ||
-           holdsElsewhere(staticCallsigns_, option.cs2, stand.sid) ||
-           holdsElsewhere(staticRegistrations_, option.reg, stand.sid) ||
-           queuedCallsigns_.contains(option.cs) || queuedCallsigns_.contains(option.cs2) ||
-           queuedRegistrations_.contains(option.reg) || stayerCallsigns_.contains(option.cs) ||
-           stayerCallsigns_.contains(option.cs2);
+    const bool unknownCounts = !standsHere(stand, option);
+    const auto flightRefused = [&](const std::string& callsign) {
+        return (unknownCounts || !callsign.empty()) &&
+               (isInFeed(callsign) || holdsElsewhere(staticCallsigns_, callsign, stand.sid) ||
+                queuedCallsigns_.contains(callsign) || stayerCallsigns_.contains(callsign));
+    };
+    const auto airframeRefused = [&](const std::string& registration) {
+        return (unknownCounts || !registration.empty()) &&
+               (holdsElsewhere(staticRegistrations_, registration, stand.sid) ||
+                queuedRegistrations_.contains(registration));
+    };
+    return flightRefused(option.cs) || flightRefused(option.cs2) || airframeRefused(option.reg);
 }
 
 void StandSearch::gatherCandidates(ParkPos& stand, OptionKind kind, DayHH searched) {
@@ -151,8 +167,13 @@ ParkRequest StandSearch::take(ParkPos& stand, const ParkOption& option, int offs
             neighbour->blocked = true;
         }
     }
-    queuedCallsigns_.insert(option.cs);
-    queuedRegistrations_.insert(option.reg);
+    // What is unknown counts from the next half hour on: aircraft without callsigns come together.
+    if (!option.cs.empty()) {
+        queuedCallsigns_.insert(option.cs);
+    }
+    if (!option.reg.empty()) {
+        queuedRegistrations_.insert(option.reg);
+    }
     return {.sid = stand.sid,
             .offset = static_cast<std::uint32_t>(offset),
             .airl = option.airl,
@@ -188,8 +209,12 @@ std::vector<ParkRequest> StandSearch::lf_searchStands(OptionKind kind, int offse
     return requests;
 }
 
-void append(std::vector<ParkRequest>& batch) {
-    std::ranges::move(batch, std::back_inserter(parkQueue));
+void StandSearch::append(std::vector<ParkRequest>& batch) {
+    for (ParkRequest& request : batch) {
+        queuedCallsigns_.insert(request.cs);
+        queuedRegistrations_.insert(request.reg);
+        parkQueue.push_back(std::move(request));
+    }
     batch.clear();
 }
 
@@ -217,7 +242,7 @@ void lf_collectPositions(StandSearch& search, DayHH now, int wanted, int existin
         if (search.allocated() >= wanted) {
             break;
         }
-        append(batch);
+        search.append(batch);
         if (offset >= MAX_FIT) {
             break;
         }
@@ -234,7 +259,7 @@ void lf_collectPositions(StandSearch& search, DayHH now, int wanted, int existin
         }
         batch.resize(batch.size() - std::min(batch.size(), static_cast<std::size_t>(over)));
     }
-    append(batch);
+    search.append(batch);
     while (!parkQueue.empty() && static_cast<int>(parkQueue.size()) + existing > wanted) {
         parkQueue.pop_back();
     }

@@ -111,9 +111,12 @@ bool isInFeed(const StaticAc& ac) {
            (!ac.coupledCallsign.empty() && liveCallsigns.contains(ac.coupledCallsign));
 }
 
+/// Told by the callsign that it shows; one without callsign by its registration.
 bool isSameAircraft(const ParkRequest& request, const StaticAc& ac) {
+    const bool nameless = request.cs.empty() && ac.primaryCallsign.empty();
     return request.sid == ac.sid && request.airl == ac.airline && request.type == ac.acType &&
-           (ac.callsign == request.cs + '*' || ac.callsign == request.cs2 + '*');
+           (nameless ? request.reg == ac.regcode
+                     : ac.callsign == request.cs + '*' || ac.callsign == request.cs2 + '*');
 }
 
 /// Whether the aircraft to come would stand where this one stands, or touch it.
