@@ -57,9 +57,6 @@ std::string gf_regcodeInTitle(std::string_view title);
 /// of whose names stands in the path, without regard to case; "unknown" when there is none. Any thread.
 std::string gf_publisherOfFile(std::string_view filename);
 
-/// Whose scenery a file is by its name: "simaddon", a publisher of the reference database, or "unknown".
-std::string gf_publisherOfFile(std::string_view filename);
-
 /// Puts tables in place of the document, for tests.
 struct ReferenceModel {
     std::string model;
