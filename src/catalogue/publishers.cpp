@@ -15,7 +15,7 @@ namespace kst {
 namespace {
 
 /// Longer names are no file's; the bound also keeps the expressions' recursion shallow.
-constexpr std::size_t longestName = 512;
+constexpr std::size_t longestName = 260;
 
 bool equalIgnoringCase(char a, char b) {
     return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
@@ -30,10 +30,35 @@ bool isExpression(std::string_view item) {
     return item.find_first_of("^$\\.*+?()[]{}|") != std::string_view::npos;
 }
 
+/// Whether the item is an expression that is searched for in bounded time: the matcher tries every way to
+/// share a text out among repetitions, and the lists come from outside.
+bool isHarmless(std::string_view item) {
+    constexpr std::size_t longestExpression = 64;
+    constexpr int mostRepetitions = 2;
+    constexpr std::string_view repeats = "*+?{";
+    constexpr std::string_view notRepeated = "*+?})|(^";
+    if (item.size() > longestExpression || repeats.find(item.front()) != std::string_view::npos) {
+        return false;
+    }
+    int repetitions = 0;
+    for (std::size_t i = 1; i < item.size(); ++i) {
+        if (repeats.find(item[i]) != std::string_view::npos) {
+            ++repetitions;
+            if (notRepeated.find(item[i - 1]) != std::string_view::npos) {
+                return false;
+            }
+        }
+    }
+    return repetitions <= mostRepetitions;
+}
+
 bool matchesExpression(std::string_view name, const std::string& item) {
+    if (!isHarmless(item)) {
+        return false;
+    }
     try {
-        const std::regex expression(".*" + item + ".*", std::regex::ECMAScript | std::regex::icase);
-        return std::regex_match(name.begin(), name.end(), expression);
+        const std::regex expression(item, std::regex::ECMAScript | std::regex::icase);
+        return std::regex_search(name.begin(), name.end(), expression);
     } catch (const std::regex_error&) {
         return false;
     }
@@ -57,8 +82,8 @@ std::string gf_publisherOfFile(std::string_view filename) {
         return std::string(simaddon);
     }
     for (const std::vector<std::string>& names : referenceTables().publisherNames) {
-        const bool found =
-            std::ranges::any_of(names, [name](const std::string& item) { return matches(name, item); });
+        const bool found = std::ranges::any_of(
+            names, [name](const std::string& item) { return !item.empty() && matches(name, item); });
         if (found) {
             return names.front();
         }
