@@ -58,7 +58,13 @@ fs::path buildFolder() {
 }
 
 std::vector<std::string> program(const std::string& name) {
-    return {script("wine-run").string(), (wine::buildFolder() / name).string()};
+    return words(wine::buildFolder() / name, {});
+}
+
+std::vector<std::string> words(const fs::path& file, const std::vector<std::string>& arguments) {
+    std::vector<std::string> all = {script("wine-run").string(), file.string()};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    return all;
 }
 
 std::string pathText(const fs::path& path) {
@@ -68,9 +74,7 @@ std::string pathText(const fs::path& path) {
 }
 
 void run(const std::vector<std::string>& words) {
-    std::vector<std::string> all = {script("wine-run").string()};
-    all.insert(all.end(), words.begin(), words.end());
-    runScript(all);
+    runScript(wine::words(words.front(), {words.begin() + 1, words.end()}));
 }
 
 void setRegistry(const fs::path& folder, const std::vector<RegistryValue>& values) {

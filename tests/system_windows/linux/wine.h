@@ -14,6 +14,9 @@ std::filesystem::path buildFolder();
 /// The words that start a program of that build.
 std::vector<std::string> program(const std::string& name);
 
+/// The words that start any Windows program with arguments.
+std::vector<std::string> words(const std::filesystem::path& file, const std::vector<std::string>& arguments);
+
 /// A path of this machine as a Windows program writes it.
 std::string pathText(const std::filesystem::path& path);
 
