@@ -3,6 +3,7 @@
 #include "parking/population.h"
 
 #include "catalogue/reference.h"
+#include "core/clock.h"
 #include "core/parameters.h"
 #include "core/runstate.h"
 #include "engine/parkinglink.h"
@@ -194,6 +195,36 @@ TEST_F(Population, WhoStaysAtARenewal) {
         lf_parkingAdjustments();
         EXPECT_EQ(queue(), entry.queue);
         EXPECT_EQ(staticRemovals.size(), entry.removed);
+    }
+}
+
+TEST_F(Population, LiveAircraftStayForAWhile) {
+    constexpr std::int64_t ticksPerMinute = 600'000'000;
+    const struct {
+        Category category;
+        int minutes;
+        bool feed, initialLoadOnly, stays;
+    } cases[] = {
+        {Category::Large, 90, false, false, true},  {Category::Large, 91, false, false, false},
+        {Category::Heavy, 180, false, false, true}, {Category::Heavy, 181, false, false, false},
+        {Category::Large, 500, true, false, true},  {Category::Large, 500, false, true, true},
+    };
+    for (const auto& entry : cases) {
+        SCOPED_TRACE(fmt::format("{} minutes, feed {}", entry.minutes, entry.feed));
+        INITIAL_LOAD_ONLY.set(entry.initialLoadOnly);
+        open({{"S1", "A", "", "1", 2, 20, 20}, {"S2", "B", "", "2", 2, 20, 20}});
+        LiveAc& ac = liveAcs.emplace_back();
+        ac.callsign = "B"; // stands on another stand than it was seen on
+        ac.sid = 2;
+        ac.objectId = 7;
+        ac.state = AcState::Live;
+        ac.phase = AcPhase::Parked;
+        ac.category = entry.category;
+        ac.feedWhileParked = entry.feed;
+        ac.parkedSince = wallTicks100ns() - entry.minutes * ticksPerMinute;
+        lf_parkingAdjustments();
+        EXPECT_EQ(ac.state == AcState::Live, entry.stays);
+        EXPECT_EQ(queue(), entry.stays ? "" : "S1:A-0 S2:B-0");
     }
 }
 
