@@ -15,7 +15,7 @@ std::filesystem::path buildFolder() {
 }
 
 std::string fileUrl(const std::filesystem::path& path) {
-    const std::string text = withSlashes(platform::utf8FromPath(path));
+    const std::string text = withSlashes(platform::utf8FromPath(std::filesystem::absolute(path)));
     return (text.starts_with('/') ? "file://" : "file:///") + text;
 }
 
