@@ -100,8 +100,13 @@ bool placeImplausible(const FeedMessage& rec, const LiveAc& ac, double intervalS
     if (gf_distanceNm(from, {rec.latitude, rec.longitude}) > reachNm) {
         return true;
     }
-    return rec.airborne && last.airborne &&
-           std::abs(rec.altitude - last.altFt) > altitudeSlackFt + mostFtPerSecond * intervalS;
+    if (!last.airborne) {
+        return false;
+    }
+    const auto airport = parkAirportPlace();
+    const double groundFt = airport ? airport->elevationFt : last.altFt;
+    const double altitudeFt = rec.airborne ? rec.altitude : groundFt;
+    return std::abs(altitudeFt - last.altFt) > altitudeSlackFt + mostFtPerSecond * intervalS;
 }
 
 /// Degrees between two tracks over ground, 0 to 180.

@@ -299,6 +299,18 @@ TEST_F(FeedIntake, PlacesThatNoFlightReachesAreDroppedUntilTheTargetStaysThere) 
               .timeS = 1000.0 + entry.afterS});
         EXPECT_EQ(reasonTotal(Reason::PlaceImplausible), entry.taken ? 0U : 1U);
     }
+    resetEngine(false);
+    resetCounts();
+    world.openAirport();
+    hear({.altFt = 7000.0});
+    liveAcs.front().phase = AcPhase::Air;
+    hear({.position = offset({47.6, 8.3}, 90.0, 400.0),
+          .altFt = 0.0,
+          .trackDeg = 180.0,
+          .timeS = 1003.0,
+          .airborne = false});
+    EXPECT_EQ(reasonTotal(Reason::PlaceImplausible), 1U)
+        << "on the ground 5,600 ft below, three seconds later";
 }
 
 TEST_F(FeedIntake, LeavingAircraftTakesNothing) {
