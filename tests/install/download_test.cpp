@@ -72,9 +72,10 @@ protected:
         test::setEnvironment("KESTRANE_DOWNLOAD_ROOT", fmt::format("http://127.0.0.1:{}/downloads/", port_));
     }
     ~Download() override {
-        exitRequested = false;
         server_.stop();
         thread_.join();
+        // Only now: what the server still sends asks for the exit again.
+        exitRequested = false;
         test::setEnvironment("KESTRANE_DOWNLOAD_ROOT", std::nullopt);
     }
 
