@@ -1,6 +1,5 @@
 #include "scanner/airportarchive.h"
 
-#include "catalogue/reference.h"
 #include "catalogue/referencetables.h"
 #include "core/files.h"
 #include "parking/airportfile.h"
@@ -12,6 +11,7 @@
 #include <charconv>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -157,17 +157,17 @@ void beginArchive() {
     lastWriters.clear();
 }
 
-bool lf_linkArchived(AirportFile& airport, int& archivedCount, const fs::path& path, std::size_t order) {
+bool lf_linkArchived(AirportFile& airport, int& archivedCount, const SceneryFile& file) {
     const std::lock_guard guard(linkLock);
     archivedCount = 0;
-    airport.BGLpath = platform::utf8FromPath(path);
-    airport.publisher = gf_publisherOfFile(airport.BGLpath);
+    airport.BGLpath = file.path;
+    airport.publisher = file.publisher;
     if (airport.publisher == unknownPublisher) {
         return false;
     }
     const bool linked = airport.publisher == simaddon
-                            ? lf_linkSimaddon(airport, order)
-                            : lf_linkThirdParty(airport.publisher, airport, archivedCount, order);
+                            ? lf_linkSimaddon(airport, file.order)
+                            : lf_linkThirdParty(airport.publisher, airport, archivedCount, file.order);
     if (linked) {
         scanFoundAirports = true;
     }

@@ -6,8 +6,8 @@
 #include "model/airportfile.h"
 
 #include <atomic>
-#include <filesystem>
-#include <string_view>
+#include <cstddef>
+#include <string>
 
 namespace kst {
 
@@ -17,11 +17,17 @@ extern std::atomic<bool> scanFoundAirports;
 /// Forgets which files the last scan wrote. Before a scan.
 void beginArchive();
 
-/// Fills `BGLpath` and `publisher` from the path of the scenery file, and writes the link where the archive
-/// has the airport. `archivedCount` receives the number of stands there, 0 when unknown. Of several files
-/// with one airport the link of the highest `order` stays. Returns whether the airport is linked.
-bool lf_linkArchived(AirportFile& airport, int& archivedCount, const std::filesystem::path& path,
-                     std::size_t order);
+/// The scenery file that airports come from.
+struct SceneryFile {
+    std::string path; ///< UTF-8
+    std::string publisher;
+    std::size_t order = 0; ///< its place in the scan
+};
+
+/// Fills `BGLpath` and `publisher`, and writes the link where the archive has the airport. `archivedCount`
+/// receives the number of stands there, 0 when unknown. Of several files with one airport the link of the
+/// highest order stays. Returns whether the airport is linked.
+bool lf_linkArchived(AirportFile& airport, int& archivedCount, const SceneryFile& file);
 
 /// Generates the parking file of an airport that is not linked, or that has more stands than the archive. Of
 /// several files with one airport that of the highest `order` stays. Sorts the stands by their ids. Throws

@@ -1,6 +1,7 @@
 #include "scanner/scenerywalk.h"
 
 #include "catalogue/cfgpaths.h"
+#include "catalogue/reference.h"
 #include "core/display.h"
 #include "core/folderwalk.h"
 #include "core/runstate.h"
@@ -147,14 +148,16 @@ bool lf_isBglName(std::string_view name) {
 void lf_readBglFile(const fs::path& path, std::size_t order) {
     constexpr std::size_t mostLines = 1000;
     const std::vector<std::byte> content = fileContent(path);
+    if (content.empty()) {
+        return;
+    }
     const std::string text = platform::utf8FromPath(path);
+    const SceneryFile file{text, gf_publisherOfFile(text), order};
     bool linked = false;
     int archivedCount = 0;
     std::size_t lines = 0;
     BglOutput output;
-    output.begun = [&](AirportFile& airport) {
-        linked = lf_linkArchived(airport, archivedCount, path, order);
-    };
+    output.begun = [&](AirportFile& airport) { linked = lf_linkArchived(airport, archivedCount, file); };
     output.done = [&](AirportFile& airport) {
         lf_finishScannedAirport(airport, linked, archivedCount, order);
     };
