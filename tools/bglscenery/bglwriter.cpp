@@ -44,7 +44,7 @@ private:
 };
 
 /// A record or sub-record: its header in front of what it holds.
-std::string record(std::uint32_t id, std::string content, std::optional<std::uint32_t> saidSize = {}) {
+std::string record(std::uint32_t id, const std::string& content, std::optional<std::uint32_t> saidSize = {}) {
     constexpr std::size_t recordHeader = 6;
     Bytes bytes;
     bytes.u16(id);
