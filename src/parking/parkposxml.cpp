@@ -4,6 +4,7 @@
 #include "core/exceptions.h"
 #include "core/log.h"
 #include "core/numbertext.h"
+#include "core/xmlnames.h"
 #include "model/units.h"
 
 #include <algorithm>
@@ -38,9 +39,8 @@ std::string_view withoutBlanks(std::string_view text) {
 /// The text without control characters: it goes to the log and the window.
 void takePlain(std::string_view text, std::string& plain) {
     plain = text;
-    for (char& c : plain) {
-        c = static_cast<unsigned char>(c) < ' ' ? ' ' : c;
-    }
+    std::replace_if(
+        plain.begin(), plain.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
 }
 
 std::string plainText(std::string_view text) {
@@ -73,15 +73,6 @@ void takeCallsigns(std::string_view text, ParkOption& option) {
 std::size_t count(const pugi::xml_node& parent, const char* name) {
     const auto children = parent.children(name);
     return static_cast<std::size_t>(std::distance(children.begin(), children.end()));
-}
-
-/// For names of a few letters quicker than a call of the library.
-bool sameName(const char* name, const char* wanted) {
-    while (*name == *wanted && *name != '\0') {
-        ++name;
-        ++wanted;
-    }
-    return *name == *wanted;
 }
 
 /// Fills a fresh option. One walk over the attributes, told apart by their first letter: a file has tens of
