@@ -94,12 +94,15 @@ bool lf_scanFolders(const std::vector<std::string>& folders) {
     removeOldScanFiles();
     gf_readDontUseTitles();
     ScanState state;
+    state.folders = std::max<std::size_t>(folders.size(), 1);
     int number = 0;
     for (const std::string& folder : folders) {
         number = std::min(number + 1, lastFolderNumber);
         if (!folder.empty()) {
             scanFolder(number, folder, state);
         }
+        ++state.foldersWalked;
+        state.shareOfFolder = 0.0;
     }
     const bool found = !scannedLiveries.empty();
     if (!stopAsked()) {
@@ -113,6 +116,7 @@ bool lf_scanFolders(const std::vector<std::string>& folders) {
         } else {
             updateStatus(Band::Status, [](StatusValues& status) { status.liveryCount = 0; });
         }
+        state.progress.end();
         clearMessage();
     }
     const bool stopped = stopAsked();

@@ -1,7 +1,6 @@
 #include "catalogue/scanfolder.h"
 
 #include "catalogue/scannedliveries.h"
-#include "core/display.h"
 #include "core/folderwalk.h"
 #include "core/log.h"
 #include "core/runstate.h"
@@ -76,6 +75,7 @@ void FolderScan::walk(const fs::path& folder) {
         takeListing(path, entries);
     };
     walk.file = [this](const fs::path& path) { startTask(path); };
+    walk.progressed = [this](double share) { state_.shareOfFolder = share; };
     walk.unreadable = [](const fs::path& path, const std::error_code& error) {
         logLine(fmt::format("liveries search in folder {} aborted because of iterator problem: {}",
                             platform::utf8FromPath(path), error.message()));
@@ -148,10 +148,11 @@ void FolderScan::join(ScanState::FileResult&& result) {
 }
 
 void FolderScan::showProgress() {
-    if (state_.pacer.due()) {
-        showMessage(fmt::format("Scanning for liveries: {} folders, {} files, {} liveries",
-                                state_.foldersSeen, state_.filesRead, scannedLiveries.size()),
-                    false);
+    if (state_.progress.due()) {
+        state_.progress.show(fmt::format("Scanning for liveries: {} folders, {} files, {} liveries",
+                                         state_.foldersSeen, state_.filesRead, scannedLiveries.size()),
+                             (static_cast<double>(state_.foldersWalked) + state_.shareOfFolder) /
+                                 static_cast<double>(state_.folders));
     }
 }
 

@@ -6,7 +6,7 @@
 #include "catalogue/configfile.h"
 #include "catalogue/scanreports.h"
 #include "core/orderedtasks.h"
-#include "core/pacer.h"
+#include "core/progress.h"
 
 #include <cstddef>
 #include <filesystem>
@@ -27,7 +27,10 @@ struct ScanState {
     std::unordered_set<std::string> scannedTitles;
     std::size_t foldersSeen = 0;
     std::size_t filesRead = 0;
-    Pacer pacer{progressInterval};
+    std::size_t folders = 1; ///< trees to walk
+    std::size_t foldersWalked = 0;
+    double shareOfFolder = 0.0; ///< done of the present one
+    Progress progress;
     OrderedTasks<FileResult> tasks{scanThreadCount()};
 };
 

@@ -63,6 +63,25 @@ void clearMessage() {
     showMessage({}, false);
 }
 
+void showProgress(std::string_view text, ProgressBar bar) {
+    {
+        const std::lock_guard guard(paintLock);
+        status.progress = bar;
+    }
+    showMessage(text, false);
+}
+
+void endProgress(std::string_view text) {
+    {
+        const std::lock_guard guard(paintLock);
+        status.progress = {};
+        if (texts.message == text) {
+            storeMessage({});
+        }
+    }
+    repaint(Band::Message);
+}
+
 void showError(std::string_view text) {
     {
         const std::lock_guard guard(paintLock);

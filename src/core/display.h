@@ -15,6 +15,13 @@ namespace kst {
 
 enum class Band : int { Header, Status, Control, Park, Message };
 
+/// The part of the message band's lower edge that the bar of a running scan or download covers, in shares of
+/// the window's width. Empty while none runs.
+struct ProgressBar {
+    double from = 0.0;
+    double to = 0.0;
+};
+
 /// The status values that the window draws. Copied as a whole under one lock, so a paint never sees half a
 /// change.
 struct StatusValues {
@@ -57,7 +64,7 @@ struct StatusValues {
     std::uint32_t nextRenewalMinutes = 0;
     std::uint64_t offlineAirports = 0; ///< airports that the last scan copied for off-line learning
     std::string offlineFolder;
-    double progress = -1.0; ///< share done of a scan or download, 0 to 1; below 0 none runs
+    ProgressBar progress;
 };
 
 /// Changes status values under their lock, then asks for a repaint of the band.
@@ -69,6 +76,10 @@ StatusValues statusValues();
 /// the log.
 void showMessage(std::string_view text, bool logIt);
 void clearMessage();
+/// A message that is not logged, with the bar below it; `endProgress` takes the bar away, and the message if
+/// it still stands. Progress (core/progress.h) paces them.
+void showProgress(std::string_view text, ProgressBar bar);
+void endProgress(std::string_view text);
 /// The error line: clears the message, stores the text, logs "Error {}". It stands until `clearError`.
 void showError(std::string_view text);
 void clearError();

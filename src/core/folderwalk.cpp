@@ -27,7 +27,8 @@ class Walker {
 public:
     explicit Walker(const FolderWalk& walk) : walk_(walk) {}
 
-    void visit(const fs::path& folder) {
+    /// `begin` and `width` are the folder's part of the whole walk.
+    void visit(const fs::path& folder, double begin, double width) {
         platform::FolderListing listing = platform::listFolder(folder);
         if (listing.error && walk_.unreadable) {
             walk_.unreadable(folder, listing.error);
@@ -38,15 +39,22 @@ public:
         if (walk_.listed) {
             walk_.listed(folder, listing.entries);
         }
-        for (const FolderEntry& entry : entriesToVisit(std::move(listing.entries))) {
+        const std::vector<FolderEntry> entries = entriesToVisit(std::move(listing.entries));
+        const double step = entries.empty() ? 0.0 : width / static_cast<double>(entries.size());
+        double share = begin - step;
+        for (const FolderEntry& entry : entries) {
             if (stopAsked()) {
                 return;
+            }
+            share += step;
+            if (walk_.progressed) {
+                walk_.progressed(share);
             }
             const fs::path path = folder / platform::pathFromUtf8(entry.name);
             if (entry.kind == EntryKind::File) {
                 walk_.file(path);
             } else if (!walk_.enter || walk_.enter(path)) {
-                visit(path);
+                visit(path, share, step);
             }
         }
     }
@@ -71,7 +79,7 @@ private:
 } // namespace
 
 void walkFolder(const fs::path& folder, const FolderWalk& walk) {
-    Walker(walk).visit(folder);
+    Walker(walk).visit(folder, 0.0, 1.0);
 }
 
 } // namespace kst

@@ -28,6 +28,9 @@ struct FolderWalk {
     std::function<bool(const std::string& name)> wants;
     /// Each regular file that is wanted, links to files included.
     std::function<void(const std::filesystem::path& file)> file;
+    /// The share of the walk that is done, 0 to 1, before each entry: as if all folders beside each other
+    /// were alike. Never falls.
+    std::function<void(double share)> progressed;
     /// A folder whose entries cannot be listed, or not all of them. Unset passes over it in silence.
     std::function<void(const std::filesystem::path& folder, const std::error_code& error)> unreadable;
 };

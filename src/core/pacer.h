@@ -4,9 +4,6 @@
 
 namespace kst {
 
-/// How often the progress of a long task may be shown.
-inline constexpr std::chrono::milliseconds progressInterval{500};
-
 /// Keeps something from happening more often than once per interval, for example the repaint of a progress
 /// text. One thread.
 class Pacer {

@@ -1,6 +1,7 @@
 #include "install/download.h"
 
 #include "core/log.h"
+#include "core/progress.h"
 #include "core/runstate.h"
 #include "install/ziparchive.h"
 #include "platform/environment.h"
@@ -61,21 +62,43 @@ void setOptions(CURL* curl, const std::string& url, Transfer& transfer) {
     }
 }
 
+std::string sizeText(curl_off_t bytes) {
+    return fmt::format("{:.1f}", static_cast<double>(bytes) / 1e6);
+}
+
+void showProgress(Progress& progress, CURL* curl, const std::string& name) {
+    curl_off_t done = 0;
+    curl_off_t all = -1;
+    curl_easy_getinfo(curl, CURLINFO_SIZE_DOWNLOAD_T, &done);
+    curl_easy_getinfo(curl, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &all);
+    if (all > 0) {
+        progress.show(fmt::format("Downloading {} ... {} of {} MB", name, sizeText(done), sizeText(all)),
+                      static_cast<double>(done) / static_cast<double>(all));
+    } else {
+        progress.show(fmt::format("Downloading {} ... {} MB", name, sizeText(done)), std::nullopt);
+    }
+}
+
 struct CloseMulti {
     void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
 };
 
-/// As curl_easy_perform, but an exit ends it within a twentieth of a second.
-CURLcode perform(CURL* curl) {
+/// As curl_easy_perform, but an exit ends it within a twentieth of a second, and the operator sees how far it
+/// is.
+CURLcode perform(CURL* curl, const std::string& name) {
     const std::unique_ptr<CURLM, CloseMulti> multi(curl_multi_init());
     if (!multi || curl_multi_add_handle(multi.get(), curl) != CURLM_OK) {
         return CURLE_FAILED_INIT;
     }
     CURLcode result = CURLE_ABORTED_BY_CALLBACK;
+    Progress progress;
     int running = 1;
     while (running > 0 && !stopAsked()) {
         if (curl_multi_perform(multi.get(), &running) != CURLM_OK) {
             break;
+        }
+        if (progress.due()) {
+            showProgress(progress, curl, name);
         }
         if (running > 0) {
             curl_multi_poll(multi.get(), nullptr, 0, pollMilliseconds, nullptr);
@@ -101,7 +124,7 @@ bool transferInto(CURL* curl, const std::string& url, const std::filesystem::pat
     std::array<char, CURL_ERROR_SIZE> reason{};
     curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, reason.data());
     setOptions(curl, url, transfer);
-    const CURLcode result = perform(curl);
+    const CURLcode result = perform(curl, url.substr(url.find_last_of('/') + 1));
     curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, nullptr);
     transfer.file.close();
     if (result != CURLE_OK || transfer.file.fail()) {

@@ -131,7 +131,11 @@ void quitMessageLoop(int result);
 /// handler. Asked before there is a window, the first window gets it.
 void requestClose() noexcept;
 
-/// A painter that draws nothing but measures with the window's font, for tests of the layout.
-std::unique_ptr<Painter> createMeasuringPainter();
+/// Dots per inch of a display on which a layout pixel is one pixel.
+inline constexpr int plainDotsPerInch = 96;
+
+/// A painter that draws nothing but measures with the window's font as it is on a display of this fineness,
+/// for tests of the layout.
+std::unique_ptr<Painter> createMeasuringPainter(int dotsPerInch = plainDotsPerInch);
 
 } // namespace kst::platform

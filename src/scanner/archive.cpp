@@ -78,7 +78,6 @@ void walkAll(const std::vector<std::string>& toScan) {
     for (const std::string& folder : toScan) {
         lf_scanEntry(folder, scan);
     }
-    updateStatus(Band::Message, [](StatusValues& status) { status.progress = -1.0; });
 }
 
 } // namespace

@@ -3,7 +3,7 @@
 #include "core/display.h"
 #include "core/files.h"
 #include "core/log.h"
-#include "core/pacer.h"
+#include "core/progress.h"
 #include "core/runstate.h"
 #include "parking/learning.h"
 #include "platform/paths.h"
@@ -48,9 +48,10 @@ void removeOfflineFolder() {
     }
 }
 
-void showShare(Pacer& pacer, std::size_t done, std::size_t all) {
-    if (pacer.due()) {
-        showMessage(fmt::format("Looking for airports to learn off line ... {} of {}", done, all), false);
+void showShare(Progress& progress, std::size_t done, std::size_t all) {
+    if (progress.due()) {
+        progress.show(fmt::format("Looking for airports to learn off line ... {} of {}", done, all),
+                      static_cast<double>(done) / static_cast<double>(all));
     }
 }
 
@@ -82,11 +83,11 @@ void askForMail() {
 
 StageResult runStage(const Stage& stage, const std::vector<std::string>& codes) {
     StageResult result;
-    Pacer pacer(progressInterval);
+    Progress progress;
     std::error_code error;
     fs::create_directories(offlineFolder, error);
     for (std::size_t i = 0; i < codes.size() && !stopAsked(); ++i) {
-        showShare(pacer, i, codes.size());
+        showShare(progress, i, codes.size());
         if (!gf_stockIsSuitable(codes[i])) {
             ++result.unsuitable;
         } else if (copyAirport(stage, codes[i])) {

@@ -28,15 +28,12 @@ namespace fs = std::filesystem;
 constexpr std::string_view alert = "===> ";
 
 void showProgress(SceneryScan& scan) {
-    if (!scan.pacer.due()) {
-        return;
+    if (scan.progress.due()) {
+        scan.progress.show(fmt::format("Scanning for addon airports ... {} files, {} with airports",
+                                       scan.bglFiles, scan.airportFiles),
+                           (static_cast<double>(scan.foldersWalked) + scan.shareOfFolder) /
+                               static_cast<double>(scan.folders));
     }
-    showMessage(fmt::format("Scanning for addon airports ... {} files, {} with airports", scan.bglFiles,
-                            scan.airportFiles),
-                false);
-    updateStatus(Band::Message, [&](StatusValues& status) {
-        status.progress = static_cast<double>(scan.foldersWalked) / static_cast<double>(scan.folders);
-    });
 }
 
 /// One walk through a folder with its tasks.
@@ -105,6 +102,7 @@ void lf_scanFolder(const fs::path& folder, SceneryScan& scan) {
     walk.enter = [](const fs::path& entered) { return !lf_isStockPath(entered); };
     walk.wants = [](const std::string& name) { return lf_isBglName(name); };
     walk.file = [&](const fs::path& file) { tasks.take(file); };
+    walk.progressed = [&](double share) { scan.shareOfFolder = share; };
     walk.unreadable = [](const fs::path& unread, const std::error_code& error) {
         lf_scanLogLine(fmt::format("{} airports search in folder {} aborted because of iterator problem: {}",
                                    alert, platform::utf8FromPath(unread), error.message()));
@@ -191,6 +189,7 @@ void lf_scanEntry(std::string_view folder, SceneryScan& scan) {
                                    alert, folder, failure.what()));
     }
     ++scan.foldersWalked;
+    scan.shareOfFolder = 0.0;
 }
 
 } // namespace kst

@@ -3,7 +3,7 @@
 // The walk through the folders of add-on scenery, and the tasks that read the BGL files found in it.
 
 #include "core/orderedtasks.h"
-#include "core/pacer.h"
+#include "core/progress.h"
 
 #include <cstddef>
 #include <filesystem>
@@ -17,7 +17,8 @@ struct SceneryScan {
     std::size_t foldersWalked = 0; ///< done
     std::size_t bglFiles = 0;      ///< seen
     std::size_t airportFiles = 0;  ///< of these, given to a task
-    Pacer pacer{progressInterval};
+    double shareOfFolder = 0.0;    ///< done of the present folder
+    Progress progress;
 };
 
 /// Whether a file of this name (UTF-8) is looked into: only the spellings ".BGL" and ".bgl" count.

@@ -260,10 +260,11 @@ void paintMessage(Painter& painter, const WindowView& view) {
     if (!text.empty()) {
         drawOnLight(painter, field::message, text, yellow, error ? errorShadow : messageShadow);
     }
-    if (view.status.progress >= 0.0) {
-        Rect done = progressBar;
-        done.right = static_cast<int>(std::min(view.status.progress, 1.0) * progressBar.right);
-        painter.fill(done, black);
+    Rect bar = progressBar;
+    bar.left = static_cast<int>(view.status.progress.from * progressBar.right);
+    bar.right = static_cast<int>(view.status.progress.to * progressBar.right);
+    if (bar.right > bar.left) {
+        painter.fill(bar, black);
     }
 }
 

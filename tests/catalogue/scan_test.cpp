@@ -12,8 +12,8 @@
 #include "core/runstate.h"
 #include "support/environment.h"
 #include "support/places.h"
+#include "support/progresswatch.h"
 #include "support/tempfolder.h"
-#include "support/virtualtime.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -268,17 +268,13 @@ TEST_F(LiveryScan, WhatVanishesOrCannotBeReadIsPassedOver) {
     scannedLiveries.clear();
 }
 
-TEST_F(LiveryScan, ProgressIsShownAtMostTwiceASecond) {
-    test::VirtualTime time;
-    aircraft("ai", "B738", {"title=one\natc_parking_codes=KLM"});
-    ScanState state;
-    lf_searchLiveriesinFolder(1, "ai", state);
-    EXPECT_EQ(messageLine().message, "");
-    time.advance(std::chrono::milliseconds{501});
-    fs::create_directory("empty");
-    lf_searchLiveriesinFolder(1, "empty", state);
-    EXPECT_EQ(messageLine().message, "Scanning for liveries: 4 folders, 1 files, 1 liveries");
-    scannedLiveries.clear();
+TEST_F(LiveryScan, ProgressGrowsOverAllFolders) {
+    const test::ProgressWatch watch;
+    for (const char* place : {"ai/a", "ai/b/c", "ai/b/d", "ai_2/e"}) {
+        aircraft(place, "B738", {fmt::format("title={}\natc_parking_codes=KLM", place)});
+    }
+    EXPECT_TRUE(lf_scanFolders({"ai", "ai_2"}));
+    EXPECT_THAT(watch.expectGrowth("Scanning for liveries: "), testing::EndsWith(" files, 4 liveries"));
 }
 
 } // namespace

@@ -1,8 +1,11 @@
 #include "core/display.h"
 
 #include "core/log.h"
+#include "core/progress.h"
 #include "support/tempfolder.h"
+#include "support/virtualtime.h"
 
+#include <memory>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -182,6 +185,38 @@ TEST_F(DisplayTest, TheNextRunBeginsWithAnEmptyDisplay) {
     showMessage("", false);
     showMessage("new", false);
     EXPECT_EQ(messageLine().message, "new");
+}
+
+TEST_F(DisplayTest, ProgressOfALongTaskStandsAtMostTwiceASecondAndTakesOnlyItsOwnTextAway) {
+    test::VirtualTime time;
+    const auto bar = [] { return statusValues().progress; };
+    auto task = std::make_unique<Progress>();
+    time.advance(std::chrono::milliseconds{499});
+    EXPECT_FALSE(task->due());
+    time.advance(std::chrono::milliseconds{1});
+    EXPECT_TRUE(task->due());
+    EXPECT_FALSE(task->due());
+    task->show("one of two", 0.5);
+    EXPECT_EQ(messageLine().message, "one of two");
+    EXPECT_EQ(bar().to, 0.5);
+    task->show("three of two", 1.5);
+    EXPECT_EQ(bar().to, 1.0);
+    task.reset();
+    EXPECT_EQ(messageLine().message, "");
+    EXPECT_EQ(bar().to, 0.0);
+
+    task = std::make_unique<Progress>();
+    for (int round = 0; round < 20; ++round) {
+        const double before = bar().from;
+        task->show("how many?", std::nullopt);
+        EXPECT_TRUE(round == 0 || bar().from != before);
+        EXPECT_GT(bar().to, bar().from);
+        EXPECT_LE(bar().to, 1.0);
+    }
+    showMessage("something else", false);
+    task.reset();
+    EXPECT_EQ(messageLine().message, "something else");
+    EXPECT_EQ(bar().to, 0.0);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "install/ziparchive.h"
 #include "platform/paths.h"
 #include "support/environment.h"
+#include "support/progresswatch.h"
 #include "support/tempfolder.h"
 
 #include <gtest/gtest.h>
@@ -108,6 +109,46 @@ TEST_F(Download, ExitEndsATransferThatNeverEnds) {
     const DownloadHandle handle;
     EXPECT_FALSE(gf_fetchFile(handle, downloadRoot() + "slow.txt", "got.txt", true));
     EXPECT_FALSE(fs::exists("got.txt"));
+}
+
+TEST_F(Download, ProgressCountsTheBytes) {
+    constexpr std::size_t chunk = 100'000;
+    constexpr std::size_t size = 4 * chunk;
+    const auto bar = [] { return std::pair(statusValues().progress.from, statusValues().progress.to); };
+    auto shown = bar();
+    // The next chunk leaves when the one before it has been shown.
+    const auto send = [&](std::size_t sent, std::size_t, httplib::DataSink& sink) {
+        while (sent > 0 && bar() == shown && server_.is_running()) {
+            std::this_thread::yield();
+        }
+        shown = bar();
+        sink.write(std::string(chunk, 'x').data(), chunk);
+        return true;
+    };
+    server_.Get("/downloads/large.bin", [&](const httplib::Request&, httplib::Response& reply) {
+        reply.set_content_provider(size, "application/octet-stream", send);
+    });
+    server_.Get("/downloads/chunks.bin", [&](const httplib::Request&, httplib::Response& reply) {
+        reply.set_chunked_content_provider("application/octet-stream",
+                                           [&](std::size_t sent, httplib::DataSink& sink) {
+                                               if (sent < size) {
+                                                   return send(sent, 0, sink);
+                                               }
+                                               sink.done();
+                                               return true;
+                                           });
+    });
+    const DownloadHandle handle;
+    const test::ProgressWatch watch;
+    EXPECT_TRUE(gf_fetchFile(handle, downloadRoot() + "large.bin", "got.bin", true));
+    const std::string last = watch.expectGrowth("Downloading large.bin ... 0.");
+    EXPECT_TRUE(last.ends_with(" of 0.4 MB")) << last;
+
+    const std::size_t before = watch.bars.size();
+    EXPECT_TRUE(gf_fetchFile(handle, downloadRoot() + "chunks.bin", "got.bin", true));
+    ASSERT_GT(watch.bars.size(), before + 1);
+    EXPECT_NE(watch.bars[before].from, watch.bars[before + 1].from) << "without a size the bar moves";
+    EXPECT_EQ(watch.texts.back().find(" of "), std::string::npos) << watch.texts.back();
 }
 
 TEST_F(Download, ArchiveGivesItsFileAndIsGoneAfterwards) {

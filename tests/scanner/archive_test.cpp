@@ -10,6 +10,7 @@
 #include "scanner/archive.h"
 #include "scanner/stockscenery.h"
 #include "support/environment.h"
+#include "support/progresswatch.h"
 #include "support/tempfolder.h"
 #include "tools/bglscenery/bglwriter.h"
 
@@ -220,6 +221,16 @@ TEST_F(Archive, ABrokenFileIsReportedAndTheOthersAreRead) {
                       [](const std::string& line) { return line.starts_with("===>  airports search"); }),
         1);
     EXPECT_LT(lines.size(), 1100U) << "one file fills the report";
+}
+
+TEST_F(Archive, ProgressGrowsOverAllFolders) {
+    const test::ProgressWatch watch;
+    for (const char* name : {"one/LSX1", "one/sub/LSX2", "one/sub/LSX3", "two/LSX4", "two/LSX5"}) {
+        addFile(fmt::format("{}.bgl", name), std::string(name).substr(4 + (name[4] == 's' ? 4 : 0)), 2);
+    }
+    EXPECT_TRUE(scan({"one", "two"}));
+    const std::string last = watch.expectGrowth("Scanning for addon airports ... ");
+    EXPECT_TRUE(last.ends_with(" with airports")) << last;
 }
 
 TEST_F(Archive, TwoScansGiveTheSameFilesAndTheSameLines) {

@@ -4,6 +4,7 @@
 #include "window/painting.h"
 #include "window/recordingpainter.h"
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -267,15 +268,18 @@ TEST(Painting, ErrorHidesTheMessageOnRed) {
     EXPECT_FALSE(painter.find("Waiting"));
 }
 
-TEST(Painting, ProgressOfAScanStandsAtTheLowerEdge) {
+TEST(Painting, ProgressStandsAtTheLowerEdge) {
     constexpr int barY = 475;
     WindowView view = startView();
     EXPECT_EQ(painted(view).colourAt(0, barY), lime);
-    view.status.progress = 0.25;
+    view.status.progress = {0.0, 0.25};
+    EXPECT_EQ(painted(view).colourAt(0, barY), black);
     EXPECT_EQ(painted(view).colourAt(219, barY), black);
     EXPECT_EQ(painted(view).colourAt(220, barY), lime);
     EXPECT_EQ(painted(view).colourAt(219, 472), lime);
-    view.status.progress = 1.7;
+    view.status.progress = {0.875, 1.0};
+    EXPECT_EQ(painted(view).colourAt(769, barY), lime);
+    EXPECT_EQ(painted(view).colourAt(770, barY), black);
     EXPECT_EQ(painted(view).colourAt(879, barY), black);
     EXPECT_TRUE(painted(view).staysWithin({0, 0, layout::windowWidth, layout::windowHeight}));
 }
@@ -340,7 +344,7 @@ TEST(Painting, IncompleteAddonScanIsYellow) {
 TEST(Painting, OnlyTheBandThatChangedIsPainted) {
     WindowView view = runningView();
     view.line.message = "Waiting";
-    view.status.progress = 0.5;
+    view.status.progress = {0.0, 0.5};
     for (const Band band : {Band::Header, Band::Status, Band::Control, Band::Park, Band::Message}) {
         RecordingPainter painter;
         paintWindow(painter, view, layout::bandArea(band));
@@ -351,13 +355,27 @@ TEST(Painting, OnlyTheBandThatChangedIsPainted) {
 
 // --- texts of any kind ---
 
-/// Every painted text against every other, against the controls and the lamps.
-void expectNothingOverlaps(const WindowView& view) {
-    const RecordingPainter painter = painted(view);
+constexpr std::array finenesses{96, 120, 144, 192}; ///< dots per inch: 100 % to 200 %
+
+bool liesInOneBand(const Rect& area) {
+    for (const Band band : {Band::Header, Band::Status, Band::Control, Band::Park, Band::Message}) {
+        const Rect place = layout::bandArea(band);
+        if (area.top >= place.top && area.bottom <= place.bottom) {
+            return area.left >= place.left && area.right <= place.right;
+        }
+    }
+    return false;
+}
+
+/// Every painted text against its band, every other text, the controls, the lamps and the vertical line.
+void expectNothingOverlaps(const RecordingPainter& painter) {
     const std::vector<PaintedText>& texts = painter.texts();
     for (std::size_t one = 0; one < texts.size(); ++one) {
         const Rect area = texts[one].area();
-        EXPECT_LE(area.right, layout::windowWidth) << texts[one].text;
+        EXPECT_TRUE(liesInOneBand(area)) << texts[one].text;
+        EXPECT_FALSE(test::overlap(area, {layout::columnLineX, layout::columnLineTop, layout::columnLineX + 1,
+                                          layout::columnLineBottom}))
+            << texts[one].text;
         for (std::size_t other = one + 1; other < texts.size(); ++other) {
             EXPECT_FALSE(test::overlap(area, texts[other].area()))
                 << texts[one].text << " runs into " << texts[other].text;
@@ -370,6 +388,13 @@ void expectNothingOverlaps(const WindowView& view) {
             EXPECT_FALSE(test::overlap(area, layout::simLamp)) << texts[one].text;
             EXPECT_FALSE(test::overlap(area, layout::realTrafficLamp)) << texts[one].text;
         }
+    }
+}
+
+void expectNothingOverlaps(const WindowView& view) {
+    for (const int dotsPerInch : finenesses) {
+        SCOPED_TRACE(dotsPerInch);
+        expectNothingOverlaps(painted(view, dotsPerInch));
     }
 }
 
@@ -417,12 +442,15 @@ TEST(Painting, WidestContentKeepsItsDistance) {
 }
 
 TEST(Painting, WidestCountsAreShownInFull) {
-    const RecordingPainter painter = painted(widestView());
-    for (const PaintedText& text : painter.texts()) {
-        const bool fromOutside = text.y == 35 || text.y == 63 || text.y == 455 ||
-                                 text.text.starts_with("reserved stand") ||
-                                 text.text.find("Washington") != std::string::npos;
-        EXPECT_TRUE(fromOutside || text.text.find("\u2026") == std::string::npos) << text.text;
+    for (const int dotsPerInch : finenesses) {
+        const RecordingPainter painter = painted(widestView(), dotsPerInch);
+        for (const PaintedText& text : painter.texts()) {
+            const bool fromOutside = text.y == 35 || text.y == 63 || text.y == 455 ||
+                                     text.text.starts_with("reserved stand") ||
+                                     text.text.find("Washington") != std::string::npos;
+            EXPECT_TRUE(fromOutside || text.text.find("\u2026") == std::string::npos)
+                << text.text << " at " << dotsPerInch;
+        }
     }
 }
 

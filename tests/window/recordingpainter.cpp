@@ -75,8 +75,8 @@ bool RecordingPainter::staysWithin(const Rect& area) const {
                        [&](const Rect& shadow) { return within(shadow, area); });
 }
 
-RecordingPainter painted(const WindowView& view) {
-    RecordingPainter painter;
+RecordingPainter painted(const WindowView& view, int dotsPerInch) {
+    RecordingPainter painter(dotsPerInch);
     paintWindow(painter, view, {0, 0, layout::windowWidth, layout::windowHeight});
     return painter;
 }

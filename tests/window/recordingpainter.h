@@ -38,6 +38,8 @@ struct PaintedText {
 /// Measures with the real font and keeps what was drawn, as a person sees it: shadows are no texts.
 class RecordingPainter : public platform::Painter {
 public:
+    explicit RecordingPainter(int dotsPerInch = platform::plainDotsPerInch)
+        : measure_(platform::createMeasuringPainter(dotsPerInch)) {}
     void fill(const platform::Rect& area, platform::Colour colour) override;
     void line(int x1, int y1, int x2, int y2, platform::Colour colour) override;
     void text(int x, int y, std::string_view text, platform::Colour colour) override;
@@ -61,14 +63,14 @@ private:
         platform::Colour colour;
     };
 
-    std::unique_ptr<platform::Painter> measure_ = platform::createMeasuringPainter();
+    std::unique_ptr<platform::Painter> measure_;
     std::vector<Fill> fills_;
     std::vector<PaintedText> texts_;
     std::vector<platform::Rect> shadows_;
 };
 
 /// The whole window, painted.
-RecordingPainter painted(const WindowView& view);
+RecordingPainter painted(const WindowView& view, int dotsPerInch = platform::plainDotsPerInch);
 
 /// A view with every control as at the start of a run.
 WindowView startView();

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include <QFontDatabase>
+#include <QImage>
 #include <QPainter>
 #include <QStringDecoder>
 
@@ -48,15 +50,21 @@ int measure(const QFontMetricsF& metrics, std::string_view text) {
     return static_cast<int>(std::ceil(metrics.horizontalAdvance(toQt(text))));
 }
 
+/// A surface of no window, as fine as a display.
 class MeasuringPainter final : public Painter {
 public:
+    explicit MeasuringPainter(int dotsPerInch) : surface_(1, 1, QImage::Format_RGB32) {
+        surface_.setDevicePixelRatio(static_cast<double>(dotsPerInch) / plainDotsPerInch);
+        metrics_.emplace(windowFont(), &surface_);
+    }
     void fill(const Rect&, Colour) override {}
     void line(int, int, int, int, Colour) override {}
     void text(int, int, std::string_view, Colour) override {}
-    int textWidth(std::string_view text) override { return measure(metrics_, text); }
+    int textWidth(std::string_view text) override { return measure(*metrics_, text); }
 
 private:
-    QFontMetricsF metrics_{windowFont()};
+    QImage surface_;
+    std::optional<QFontMetricsF> metrics_;
 };
 
 } // namespace
@@ -90,8 +98,8 @@ int QtPainter::textWidth(std::string_view text) {
     return measure(metrics_, text);
 }
 
-std::unique_ptr<Painter> createMeasuringPainter() {
-    return std::make_unique<MeasuringPainter>();
+std::unique_ptr<Painter> createMeasuringPainter(int dotsPerInch) {
+    return std::make_unique<MeasuringPainter>(dotsPerInch);
 }
 
 } // namespace kst::platform

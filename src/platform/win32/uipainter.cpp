@@ -69,6 +69,7 @@ std::wstring convert(std::string_view text) {
 
 class MeasuringPainter final : public Painter {
 public:
+    explicit MeasuringPainter(int dotsPerInch) : scale_(dotsPerInch) {}
     void fill(const Rect&, Colour) override {}
     void line(int, int, int, int, Colour) override {}
     void text(int, int, std::string_view, Colour) override {}
@@ -163,8 +164,8 @@ void drawFrame(HDC context, const RECT& area, int horizontalThickness, int verti
     fillArea(context, {innerRight, area.top, area.right, area.bottom}, colour);
 }
 
-std::unique_ptr<Painter> createMeasuringPainter() {
-    return std::make_unique<MeasuringPainter>();
+std::unique_ptr<Painter> createMeasuringPainter(int dotsPerInch) {
+    return std::make_unique<MeasuringPainter>(dotsPerInch);
 }
 
 } // namespace kst::platform

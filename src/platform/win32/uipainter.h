@@ -11,9 +11,6 @@
 
 namespace kst::platform {
 
-/// Dots per inch of a display on which a layout pixel is one pixel.
-inline constexpr int plainDotsPerInch = USER_DEFAULT_SCREEN_DPI;
-
 /// From layout pixels to those of a display and back.
 class Scale {
 public:
