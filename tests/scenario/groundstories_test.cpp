@@ -8,7 +8,7 @@
 #include "engine/categories.h"
 #include "engine/tables.h"
 #include "parking/stands.h"
-#include "scenario/scenarioworld.h"
+#include "scenario/apron.h"
 #include "support/engineworld.h"
 #include "support/places.h"
 
@@ -22,141 +22,16 @@
 namespace kst {
 namespace {
 
-using standin::TrafficReport;
+using test::Apron;
+using test::fastestTurn;
+using test::firstHexid;
 using test::offset;
 using test::ScenarioWorld;
-
-constexpr LatLon zurich{47.4647, 8.5492};
-constexpr double elevationFt = 1416.0;
-constexpr double standHeadingDeg = 0.0;
-constexpr std::uint32_t hexid = 20001;
-
-/// The largest turn in one tick of every live aircraft on the ground, in rates of its size class.
-class TurnWatch {
-public:
-    void look() {
-        for (const LiveAc& ac : liveAcs) {
-            if (ac.state != AcState::Live || !ac.onGround) {
-                continue;
-            }
-            const auto [last, first] = headings_.try_emplace(ac.hexid, ac.simState.heading);
-            const double rate = categoryRates(ac.category).baseTurnRateDeg * radPerDeg;
-            largest_ = std::max(largest_, std::abs(gf_angleDiff(last->second, ac.simState.heading)) / rate);
-            last->second = ac.simState.heading;
-        }
-    }
-    double largest() const { return largest_; }
-
-private:
-    std::map<std::uint32_t, double> headings_;
-    double largest_ = 0.0;
-};
-
-constexpr double fastestTurn = 3.001; ///< three times the rate of the size class, and rounding
-
-/// What one aircraft on the ground reports, put together leg by leg.
-class Ground {
-public:
-    explicit Ground(std::string_view callsign = "SWR100") {
-        report_.hexid = hexid;
-        report_.callsign = callsign;
-        report_.registration = "HB-JLT";
-        report_.type = "A320";
-        report_.onGround = true;
-        report_.headingDeg = standHeadingDeg;
-    }
-    Ground& at(LatLon place) {
-        report_.position = place;
-        return *this;
-    }
-    Ground& nose(double headingDeg) {
-        report_.headingDeg = headingDeg;
-        return *this;
-    }
-    Ground& pause(double seconds) {
-        report_.at += seconds;
-        return *this;
-    }
-    Ground& stand(double seconds) {
-        report_.gsKt = 0.0;
-        return report(seconds, 0.0, 0.0);
-    }
-    Ground& move(double bearingDeg, double metres, double kt) {
-        report_.gsKt = kt;
-        report_.trackDeg = bearingDeg;
-        return report(metres / (kt * metresPerNm / 3600.0), bearingDeg, metres);
-    }
-    Ground& aircraft(std::string_view type, std::string_view registration) {
-        report_.type = type;
-        report_.registration = registration;
-        return *this;
-    }
-    std::vector<TrafficReport> reports() const { return reports_; }
-
-private:
-    Ground& report(double seconds, double bearingDeg, double metres) {
-        constexpr double interval = 3.0;
-        const LatLon from = report_.position;
-        const double begin = report_.at;
-        for (double passed = interval; passed <= seconds; passed += interval) {
-            report_.at = begin + passed;
-            report_.position = offset(from, bearingDeg, metres * passed / seconds);
-            reports_.push_back(report_);
-        }
-        report_.at = begin + seconds;
-        report_.position = offset(from, bearingDeg, metres);
-        return *this;
-    }
-
-    TrafficReport report_;
-    std::vector<TrafficReport> reports_;
-};
-
-std::unique_ptr<standin::TrafficSource> drawn(std::vector<TrafficReport> reports) {
-    std::ranges::sort(reports, {}, &TrafficReport::at);
-    return std::make_unique<test::DrawnTraffic>(std::move(reports));
-}
-
-/// One stand that looks north, and a user in the air nearby.
-class Apron {
-public:
-    Apron() : world({.user = {47.50, 8.55}, .userAltFt = 8000.0}) {
-        world.openAirport("LSZH", zurich, elevationFt);
-        addStand("A1", zurich);
-    }
-
-    void addStand(std::string_view id, LatLon place, double radiusM = 20.0) {
-        ParkPos stand;
-        stand.id = id;
-        stand.latitude = place.lat;
-        stand.longitude = place.lon;
-        stand.heading = standHeadingDeg * radPerDeg;
-        stand.radius = radiusM * nmPerMetre;
-        parkPositions().push_back(stand);
-        numberStands(parkPositions());
-    }
-    /// Plays so many seconds. Whether the first aircraft is there then.
-    bool play(double seconds) {
-        world.play(seconds, [this] {
-            turns.look();
-            const LiveAc* ac = liveByHexid(hexid);
-            pushed = pushed || (ac != nullptr && ac->phase == AcPhase::PushBack);
-        });
-        const LiveAc* ac = liveByHexid(hexid);
-        return ac != nullptr && ac->state == AcState::Live;
-    }
-    const LiveAc& first() { return *liveByHexid(hexid); }
-    double metresFrom(LatLon place) {
-        return gf_distanceNm(first().simState.position(), place) * metresPerNm;
-    }
-    double degreesOff(double headingDeg) {
-        return std::abs(gf_angleDiff(first().simState.heading, headingDeg * radPerDeg)) * degPerRad;
-    }
-
-    ScenarioWorld world;
-    TurnWatch turns;
-    bool pushed = false;
-};
+using test::traffic;
+using test::TurnWatch;
+using test::Way;
+using test::zurich;
+using test::zurichFt;
 
 TEST(GroundStories, LeavesTheStandAsTheFeedShows) {
     struct Case {
@@ -176,13 +51,13 @@ TEST(GroundStories, LeavesTheStandAsTheFeedShows) {
         SCOPED_TRACE(entry.name);
         Apron apron;
         STRAIGHT_PBS_ONLY.set(entry.straightOnly);
-        Ground way;
+        Way way;
         way.at(zurich)
             .stand(45)
             .move(entry.moveDeg, 25, 3.0)
             .nose(entry.noseDeg)
             .move(entry.moveDeg, 15, 3.0);
-        apron.world.feed(drawn(way.stand(120).reports()));
+        apron.world.feed(traffic({way.stand(120)}));
         ASSERT_TRUE(apron.play(40));
         EXPECT_EQ(apron.first().phase, AcPhase::Parked);
         EXPECT_EQ(apron.metresFrom(zurich), 0.0);
@@ -196,7 +71,7 @@ TEST(GroundStories, LeavesTheStandAsTheFeedShows) {
 
 TEST(GroundStories, RecordedArrivalParksOnItsStandAndIsRemembered) {
     ScenarioWorld world({.user = {47.49, 8.55}, .userAltFt = 8000.0});
-    world.openAirport("LSZH", zurich, elevationFt);
+    world.openAirport("LSZH", zurich, zurichFt);
     world.loadStands("LSZH");
     world.feed(standin::recordedTraffic(
         {.files = {{test::sourceFolder() / "data/tracks/lszh_surface_2019.csv", 0.0}}}));
@@ -227,7 +102,7 @@ TEST(GroundStories, RecordedArrivalParksOnItsStandAndIsRemembered) {
 // The feed of this one jumps between places 19 m apart while it waits for minutes after its push back.
 TEST(GroundStories, WaitingAircraftDoesNotSpin) {
     ScenarioWorld world({.user = {47.49, 8.55}, .userAltFt = 8000.0});
-    world.openAirport("LSZH", zurich, elevationFt);
+    world.openAirport("LSZH", zurich, zurichFt);
     world.loadStands("LSZH");
     constexpr double lastDeparture = 4761469.0;
     world.feed(standin::recordedTraffic(
@@ -253,37 +128,43 @@ TEST(GroundStories, WaitingAircraftDoesNotSpin) {
     EXPECT_LT(turns.largest(), fastestTurn);
 }
 
-// One is parked, a second one rolls up and stops on the same stand.
-TEST(GroundStories, TwoForOneStand) {
-    for (const bool silent : {false, true}) {
-        SCOPED_TRACE(silent ? "the first has fallen silent" : "the first still sends");
-        Apron apron;
-        std::vector<TrafficReport> reports = Ground().at(zurich).stand(silent ? 40 : 300).reports();
-        Ground arrival("DLH1");
-        arrival.at(offset(zurich, 180.0, 300.0)).stand(40).move(0.0, 300.0, 8.0).stand(120);
-        for (TrafficReport report : arrival.reports()) {
-            report.hexid = hexid + 1;
-            report.registration = "D-AIZA";
-            reports.push_back(report);
+// Four move up to a holding point one after another, 60 m apart, and leave it in turn.
+TEST(GroundStories, QueueMovesUpInOrder) {
+    Apron apron;
+    constexpr std::uint32_t queued = 4;
+    constexpr double gapM = 60.0;
+    const LatLon holdingPoint = offset(zurich, 180.0, 600.0);
+    std::vector<Way> ways;
+    for (std::uint32_t i = 0; i < queued; ++i) {
+        Way way(fmt::format("SWR{}", i), firstHexid + i);
+        way.aircraft("A320", fmt::format("HB-J{:02}", i)).nose(90.0);
+        way.at(offset(holdingPoint, 270.0, 400.0 + gapM * i))
+            .pause(2.0 * i)
+            .move(90.0, 400.0, 12.0)
+            .stand(60);
+        for (std::uint32_t ahead = 0; ahead < i; ++ahead) {
+            way.pause(6.0).move(90.0, gapM, 8.0).stand(45);
         }
-        apron.world.feed(drawn(reports));
-        apron.play(250);
-        const auto stands = [](const LiveAc& ac) {
-            return ac.state == AcState::Live &&
-                   gf_distanceNm(ac.simState.position(), zurich) * metresPerNm < 15.0;
-        };
-        EXPECT_EQ(std::ranges::count_if(liveAcs, stands), 1) << "two aircraft stand in each other";
-        const LiveAc* second = liveByHexid(hexid + 1);
-        ASSERT_NE(second, nullptr);
-        EXPECT_EQ(second->phase, AcPhase::Parked);
+        ways.push_back(way.move(90.0, 300.0 + gapM * (queued - i), 12.0).stand(120));
+    }
+    apron.world.feed(traffic(ways));
+    apron.play(440);
+    EXPECT_EQ(apron.world.simulator().created(), queued) << "nobody left and came back";
+    EXPECT_GT(apron.spectator.closestM(), gapM - 15.0) << "nobody passed or ran into another";
+    EXPECT_LT(apron.turns.largest(), fastestTurn);
+    for (std::uint32_t i = 0; i < queued; ++i) {
+        const LiveAc* ac = liveByHexid(firstHexid + i);
+        ASSERT_NE(ac, nullptr);
+        const LatLon end = offset(holdingPoint, 90.0, 300.0 + gapM * (queued - i));
+        EXPECT_LT(gf_distanceNm(ac->simState.position(), end) * metresPerNm, 20.0);
     }
 }
 
 TEST(GroundStories, StandDisappearsUnderTheAircraft) {
     Apron apron;
-    Ground way;
+    Way way;
     way.at(zurich).stand(45).move(180.0, 60.0, 3.0).stand(60).move(180.0, 400.0, 10.0).stand(60);
-    apron.world.feed(drawn(way.reports()));
+    apron.world.feed(traffic({way}));
     ASSERT_TRUE(apron.play(40));
     parkPositions().clear();
     ASSERT_TRUE(apron.play(80)) << "there is nowhere to push it from, so it stays";
@@ -295,9 +176,9 @@ TEST(GroundStories, StandDisappearsUnderTheAircraft) {
 
 TEST(GroundStories, ParkedAircraftDoesNotJumpAcrossTheAirport) {
     Apron apron;
-    Ground way;
+    Way way;
     way.at(zurich).stand(60).at(offset(zurich, 200.0, 3000.0)).stand(60);
-    apron.world.feed(drawn(way.reports()));
+    apron.world.feed(traffic({way}));
     ASSERT_TRUE(apron.play(60));
     EXPECT_FALSE(apron.play(30));
     EXPECT_EQ(reasonTotal(Reason::LeftStandFar), 1U);
@@ -309,9 +190,9 @@ TEST(GroundStories, StandsWithoutSizeAndWithoutPlace) {
     apron.addStand("NOWHERE", {0.0, 0.0});
     apron.addStand("TINY", offset(zurich, 90.0, 100.0), 0.0);
     parkPositions().front().neighbours = {2, 3, 99};
-    Ground way;
+    Way way;
     way.at(offset(zurich, 90.0, 10.0)).stand(45).nose(40.0).move(180.0, 60.0, 3.0).stand(90);
-    apron.world.feed(drawn(way.reports()));
+    apron.world.feed(traffic({way}));
     ASSERT_TRUE(apron.play(170));
     EXPECT_TRUE(apron.pushed);
     EXPECT_LT(apron.metresFrom(zurich), 100.0);
@@ -322,9 +203,9 @@ TEST(GroundStories, StandsWithoutSizeAndWithoutPlace) {
 // Aircraft roll onto stands drawn from the real airport, some of them overlapping, and stop up to 8 m off.
 TEST(GroundStories, BusyApron) {
     ScenarioWorld world({.user = {47.49, 8.55}, .userAltFt = 8000.0});
-    world.openAirport("LSZH", zurich, elevationFt);
+    world.openAirport("LSZH", zurich, zurichFt);
     world.loadStands("LSZH");
-    std::vector<TrafficReport> reports;
+    std::vector<Way> ways;
     std::set<std::uint32_t> wanted;
     for (std::uint32_t i = 0; i < 40; ++i) {
         const ParkPos& stand =
@@ -335,16 +216,13 @@ TEST(GroundStories, BusyApron) {
         constexpr double smallStandM = 17.0;
         const bool small = stand.radius * metresPerNm < smallStandM;
         const double nose = stand.heading * degPerRad;
-        Ground way(fmt::format("SWR{}", 100 + i));
+        Way way(fmt::format("SWR{}", 100 + i), firstHexid + i);
         way.aircraft(small ? "C172" : "A320", fmt::format("HB-J{:02}", i)).nose(nose);
         way.at(offset(stand.position(), nose + 180.0, 400.0)).pause(4.0 * i).move(nose, 400.0, 10.0);
         way.at(offset(stand.position(), randomBelow(360), randomBelow(8))).stand(100);
-        for (TrafficReport report : way.reports()) {
-            report.hexid = hexid + i;
-            reports.push_back(report);
-        }
+        ways.push_back(way);
     }
-    world.feed(drawn(reports));
+    world.feed(traffic(ways));
     TurnWatch turns;
     world.play(400, [&] { turns.look(); });
     EXPECT_EQ(liveAcs.size(), wanted.size());
@@ -392,19 +270,19 @@ TEST(GroundStories, WhatTheStandsRemember) {
         HELICOPTERS.set(true);
         referenceTables().regcodeTable.insert("D-AALA", {"BOX", "B77W", "", true});
         apron.world.advanceClock(std::chrono::minutes{13 * 60 + 40});
-        Ground stay;
+        Way stay;
         stay.aircraft(entry.type, entry.registration).at(offset(zurich, 90.0, 5.0)).stand(50);
-        apron.world.feed(drawn(stay.reports()));
+        apron.world.feed(traffic({stay}));
         apron.play(50);
         apron.world.advanceClock(std::chrono::minutes{29});
-        Ground leaves;
+        Way leaves;
         leaves.aircraft(entry.type, entry.registration).at(offset(zurich, 90.0, 5.0)).stand(20);
-        apron.world.feed(drawn(leaves.move(180.0, 900.0, 20.0).reports()));
+        apron.world.feed(traffic({leaves.move(180.0, 900.0, 20.0)}));
         apron.play(230);
         apron.world.advanceClock(std::chrono::minutes{static_cast<int>(entry.awayMinutes)});
-        Ground back;
+        Way back;
         back.aircraft(entry.type, entry.registration).at(offset(zurich, 90.0, 5.0)).stand(90);
-        apron.world.feed(drawn(back.reports()));
+        apron.world.feed(traffic({back}));
         apron.play(90);
 
         std::string record;
@@ -426,7 +304,7 @@ TEST(GroundStories, VanishesOnTheTaxiway) {
     MAX_HOLDING_MINUTES.set(2);
     parkPositions().front().ramp = true;
     const LatLon begin = offset(zurich, 180.0, 800.0);
-    apron.world.feed(drawn(Ground().at(begin).stand(35).move(90.0, 300.0, 12.0).reports()));
+    apron.world.feed(traffic({Way().at(begin).stand(35).move(90.0, 300.0, 12.0)}));
     ASSERT_TRUE(apron.play(180));
     EXPECT_TRUE(apron.first().holding);
     EXPECT_LT(apron.metresFrom(offset(begin, 90.0, 300.0)), 30.0) << "it waits where it was last heard";

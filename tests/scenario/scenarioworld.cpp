@@ -112,6 +112,7 @@ ScenarioWorld::ScenarioWorld(const ScenarioOptions& options)
     session_ = std::make_unique<standin::Session>(world_);
     exchange();
     lf_requestUserOnGround();
+    lf_requestUserInfo();
     for (int round = 0; round < 3; ++round) {
         lf_requestUserPosition(userData);
         exchange();
