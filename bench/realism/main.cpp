@@ -1,11 +1,13 @@
 // bench_realism: how well the program flies recorded flights. See --help.
 
+#include "bench/realism/apronfigures.h"
 #include "bench/realism/figures.h"
 #include "core/reasoncounts.h"
 #include "support/places.h"
 #include "tools/measureflights/measure.h"
 #include "tools/measureflights/page.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 #include <fstream>
 #include <map>
@@ -18,19 +20,27 @@ using namespace kst::bench;
 
 constexpr std::string_view helpText =
     "Plays recorded flights one after the other through the whole program in virtual time and prints how\n"
-    "they were flown, beside the naive replay: straight lines between the feed's points, 30 seconds late.\n\n"
+    "they were flown, beside the naive replay: straight lines between the feed's points, 30 seconds late.\n"
+    "Then plays all traffic at once round each airport whose stands are known.\n\n"
     "  FOLDER        recorded tracks; the project's own by default\n"
-    "  --only TEXT   only flights whose name (file, callsign@second) contains it\n"
+    "  --stands DIR  a file of stands for each airport; the project's own by default\n"
+    "  --flights     only the flights\n"
+    "  --apron       only the airports\n"
+    "  --only TEXT   only flights (file, callsign@second) and scenes (file@second ICAO) whose name contains "
+    "it\n"
     "  --list        a line for each flight\n"
     "  --page FILE   a page with the worst flight, or with the only one\n"
     "  --path FILE   its path as CSV, a line for each tenth of a second\n";
 
 struct Options {
     std::filesystem::path tracks = test::sourceFolder() / "data/tracks";
+    std::filesystem::path stands = test::sourceFolder() / "data/stands";
     std::string only;
     std::filesystem::path page;
     std::filesystem::path path;
     bool list = false;
+    bool flights = true;
+    bool apron = true;
 };
 
 Options readOptions(int argc, char** argv) {
@@ -40,6 +50,12 @@ Options readOptions(int argc, char** argv) {
         const bool more = i + 1 < argc;
         if (argument == "--list") {
             options.list = true;
+        } else if (argument == "--flights") {
+            options.apron = false;
+        } else if (argument == "--apron") {
+            options.flights = false;
+        } else if (argument == "--stands" && more) {
+            options.stands = std::filesystem::absolute(argv[++i]);
         } else if (argument == "--only" && more) {
             options.only = argv[++i];
         } else if (argument == "--page" && more) {
@@ -165,7 +181,7 @@ void printLine(const RecordedFlight& flight, const PlayedFlight& played, Figures
         reasonText(played.lastReason));
 }
 
-int run(const Options& options) {
+int runFlights(const Options& options) {
     std::vector<RecordedFlight> flights = readRecordings(options.tracks, test::sourceFolder() / "data");
     std::erase_if(flights, [&](const RecordedFlight& flight) {
         return flight.name.find(options.only) == std::string::npos;
@@ -205,6 +221,25 @@ int run(const Options& options) {
     return worst == nullptr ? 1 : 0;
 }
 
+int runApron(const Options& options) {
+    ApronFigures figures;
+    for (const ApronScene& scene :
+         readApronScenes(options.tracks, options.stands, test::sourceFolder() / "data")) {
+        if (scene.name.find(options.only) == std::string::npos) {
+            continue;
+        }
+        const PlayedApron played = playApron(scene, options.stands);
+        figures.add(scene, played);
+        if (options.list) {
+            ApronFigures own;
+            own.add(scene, played);
+            fmt::print("== {}, {:.0f} s\n{}\n", scene.name, played.end, tableOf(own));
+        }
+    }
+    fmt::print("\n{}", tableOf(figures));
+    return figures.scenes == 0 ? 1 : 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -213,7 +248,10 @@ int main(int argc, char** argv) {
             fmt::print("{}", helpText);
             return 0;
         }
-        return run(readOptions(argc, argv));
+        const Options options = readOptions(argc, argv);
+        const int flights = options.flights ? runFlights(options) : 1;
+        const int apron = options.apron ? runApron(options) : 1;
+        return std::min(flights, apron);
     } catch (const std::exception& error) {
         fmt::print(stderr, "bench_realism: {}\n", error.what());
         return 2;

@@ -35,6 +35,7 @@ constexpr double rollingKt = 40.0;
 constexpr double contactGapS = 15.0;
 
 constexpr double feetPerHectopascal = 27.3;
+constexpr int standardQnh = 1013;
 constexpr int lowestQnh = 980;
 constexpr int highestQnh = 1045;
 constexpr double jetKt = 220.0;
@@ -131,8 +132,7 @@ void noteContacts(RecordedFlight& flight) {
             ++nextEnd;
         }
         const bool nextCounts = static_cast<int>(nextEnd - next) >= (ground ? pointsInAir : pointsOnGround);
-        if (i < reports.size() && counts && nextCounts && reports[i].gsKt >= rollingKt &&
-            reports[i].at - reports[i - 1].at <= contactGapS) {
+        if (i < reports.size() && counts && nextCounts && isContact(reports[i - 1], reports[i])) {
             ++(ground ? flight.departures : flight.landings);
             const TrafficReport& low = ground ? reports[i] : reports[i - 1];
             if (const Airport* airport = nearestAirport(flight.airports, low.position)) {
@@ -141,31 +141,7 @@ void noteContacts(RecordedFlight& flight) {
         }
         begin = i;
     }
-    if (!elevationMinusPressure.empty()) {
-        const double offFt = tool::spreadOf(elevationMinusPressure).median;
-        const int offHpa = static_cast<int>(std::lround(offFt / feetPerHectopascal));
-        flight.qnh = std::clamp(1013 + offHpa, lowestQnh, highestQnh);
-    }
-}
-
-/// The program shows known types only: an unknown one flies as a usual one of its speed.
-void giveType(Reports& reports, const std::set<std::string, std::less<>>& types) {
-    double fastestKt = 0.0;
-    for (const TrafficReport& report : reports) {
-        fastestKt = std::max(fastestKt, report.gsKt);
-    }
-    for (TrafficReport& report : reports) {
-        if (!types.contains(report.type)) {
-            report.type = fastestKt > jetKt ? "A320" : "C172";
-        }
-    }
-}
-
-std::set<std::string, std::less<>> knownTypes(const std::filesystem::path& file) {
-    std::set<std::string, std::less<>> types;
-    std::ifstream in = opened(file);
-    tool::readCsv(in, {"designator"}, [&](const tool::CsvRow& row) { types.emplace(row.text(0)); });
-    return types;
+    flight.qnh = qnhFitting(elevationMinusPressure);
 }
 
 /// Reports of one target, cut where it is silent for long.
@@ -193,10 +169,39 @@ const Airport* nearestAirport(const std::vector<Airport>& airports, LatLon place
     return nearest == airports.end() ? nullptr : &*nearest;
 }
 
-std::vector<RecordedFlight> readRecordings(const std::filesystem::path& tracks,
-                                           const std::filesystem::path& dataFolder) {
-    const AirportMap airports(dataFolder / "airports.csv");
-    const auto types = knownTypes(dataFolder / "types.csv");
+void giveType(std::vector<TrafficReport>& reports, const std::set<std::string, std::less<>>& types) {
+    double fastestKt = 0.0;
+    for (const TrafficReport& report : reports) {
+        fastestKt = std::max(fastestKt, report.gsKt);
+    }
+    for (TrafficReport& report : reports) {
+        if (!types.contains(report.type)) {
+            report.type = fastestKt > jetKt ? "A320" : "C172";
+        }
+    }
+}
+
+std::set<std::string, std::less<>> knownTypes(const std::filesystem::path& file) {
+    std::set<std::string, std::less<>> types;
+    std::ifstream in = opened(file);
+    tool::readCsv(in, {"designator"}, [&](const tool::CsvRow& row) { types.emplace(row.text(0)); });
+    return types;
+}
+
+bool isContact(const TrafficReport& before, const TrafficReport& after) {
+    return after.gsKt >= rollingKt && after.at - before.at <= contactGapS;
+}
+
+int qnhFitting(std::vector<double>& elevationMinusPressureFt) {
+    if (elevationMinusPressureFt.empty()) {
+        return standardQnh;
+    }
+    const double offFt = tool::spreadOf(elevationMinusPressureFt).median;
+    const int offHpa = static_cast<int>(std::lround(offFt / feetPerHectopascal));
+    return std::clamp(standardQnh + offHpa, lowestQnh, highestQnh);
+}
+
+std::set<std::filesystem::path> trackFiles(const std::filesystem::path& tracks) {
     std::set<std::filesystem::path> files;
     for (const auto& entry : std::filesystem::directory_iterator(tracks)) {
         if (entry.path().extension() == ".csv") {
@@ -206,8 +211,15 @@ std::vector<RecordedFlight> readRecordings(const std::filesystem::path& tracks,
     if (files.empty()) {
         throw std::runtime_error("the folder holds no tracks");
     }
+    return files;
+}
+
+std::vector<RecordedFlight> readRecordings(const std::filesystem::path& tracks,
+                                           const std::filesystem::path& dataFolder) {
+    const AirportMap airports(dataFolder / "airports.csv");
+    const auto types = knownTypes(dataFolder / "types.csv");
     std::vector<RecordedFlight> flights;
-    for (const std::filesystem::path& file : files) {
+    for (const std::filesystem::path& file : trackFiles(tracks)) {
         Reports all;
         standin::recordedTraffic({.files = {{file, 0.0}}})->takeDue(1e18, all);
         std::map<std::uint32_t, Reports> byTarget;

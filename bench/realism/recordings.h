@@ -6,6 +6,7 @@
 #include "standins/realtraffic/trafficsource.h"
 
 #include <filesystem>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,19 @@ struct RecordedFlight {
 /// holds the lists of airports and types. Throws std::runtime_error for a folder without tracks.
 std::vector<RecordedFlight> readRecordings(const std::filesystem::path& tracks,
                                            const std::filesystem::path& dataFolder);
+
+/// Every *.csv of the folder. Throws std::runtime_error when there is none.
+std::set<std::filesystem::path> trackFiles(const std::filesystem::path& tracks);
+
+/// The designators of a list of types.
+std::set<std::string, std::less<>> knownTypes(const std::filesystem::path& file);
+/// The program shows known types only: an unknown one flies as a usual one of its speed.
+void giveType(std::vector<standin::TrafficReport>& reports, const std::set<std::string, std::less<>>& types);
+
+/// Whether two successive reports of a target, one of them on the ground, show how it landed or lifted off.
+bool isContact(const standin::TrafficReport& before, const standin::TrafficReport& after);
+/// The pressure that brings altitudes told at contacts to the airport's elevation; 1013 without any.
+int qnhFitting(std::vector<double>& elevationMinusPressureFt);
 
 /// The airport nearest to the place.
 const Airport* nearestAirport(const std::vector<Airport>& airports, LatLon place);

@@ -40,9 +40,9 @@ Category categoryOf(const std::string& name) {
     return Category::Light;
 }
 
-/// The lines of a table of the project's data, without its heading.
-std::vector<std::vector<std::string>> tableOf(const std::string& name) {
-    std::ifstream file(sourceFolder() / "data" / name);
+/// The lines of a table without its heading.
+std::vector<std::vector<std::string>> tableOf(const std::filesystem::path& path) {
+    std::ifstream file(path);
     std::vector<std::vector<std::string>> table;
     std::string line;
     std::getline(file, line);
@@ -61,7 +61,7 @@ std::vector<std::vector<std::string>> tableOf(const std::string& name) {
 void fillCatalogue() {
     std::vector<ReferenceModel> models;
     resetMatching();
-    for (const std::vector<std::string>& fields : tableOf("types.csv")) {
+    for (const std::vector<std::string>& fields : tableOf(sourceFolder() / "data/types.csv")) {
         models.push_back({fields[0], categoryOf(fields[1]), fields[2].empty() ? 0.0 : std::stod(fields[2])});
         addLiveryTitle("ZZZ", fields[0], "Test " + fields[0]);
     }
@@ -143,9 +143,10 @@ void ScenarioWorld::openAirport(const std::string& code, LatLon position, double
     setFieldElevation(elevationFt);
 }
 
-void ScenarioWorld::loadStands(const std::string& code) {
+void ScenarioWorld::loadStands(const std::string& code, const std::filesystem::path& folder) {
     std::vector<ParkPos> stands;
-    for (const std::vector<std::string>& fields : tableOf("stands/" + code + ".csv")) {
+    const std::filesystem::path from = folder.empty() ? sourceFolder() / "data/stands" : folder;
+    for (const std::vector<std::string>& fields : tableOf(from / (code + ".csv"))) {
         ParkPos& stand = stands.emplace_back();
         stand.id = fields[0];
         stand.latitude = std::stod(fields[1]);

@@ -13,6 +13,7 @@
 #include "support/tempfolder.h"
 #include "support/virtualtime.h"
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -39,8 +40,8 @@ public:
 
     /// Makes the airport the park airport and lays its flat ground.
     void openAirport(const std::string& code, LatLon position, double elevationFt);
-    /// Gives the park airport the stands of data/stands/<code>.csv.
-    void loadStands(const std::string& code);
+    /// Gives the park airport the stands of <code>.csv in this folder; without one of the project's own.
+    void loadStands(const std::string& code, const std::filesystem::path& folder = {});
     /// Traffic from now on comes from this source, beginning now.
     void feed(std::unique_ptr<standin::TrafficSource> source);
     /// Reports that a filter refuses are not sent. Empty: all are.
