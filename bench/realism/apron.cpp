@@ -3,6 +3,7 @@
 #include "catalogue/reference.h"
 #include "core/geodesy.h"
 #include "core/parameters.h"
+#include "core/reasoncounts.h"
 #include "core/runstate.h"
 #include "engine/categories.h"
 #include "engine/tables.h"
@@ -10,6 +11,7 @@
 #include "scenario/scenarioworld.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <map>
 
@@ -24,6 +26,10 @@ constexpr int passesPerSample = 10;
 /// The simulator itself moves a new object until it is taken over.
 constexpr double appearingS = 0.2;
 constexpr double fastestTurnInRates = 3.0;
+
+constexpr Reason firstRefusal = Reason::FellSilentInBuffer;
+constexpr auto refusalCount =
+    static_cast<std::size_t>(Reason::NeighbourStandTaken) - static_cast<std::size_t>(firstRefusal) + 1;
 
 class ApronWorld {
 public:
@@ -68,6 +74,7 @@ private:
         double turn = 0.0; ///< radians, the largest since the last sample
         bool onGround = false;
         bool leaving = false;
+        bool buffered = false;
     };
 
     Watched& of(std::uint32_t hexid) {
@@ -78,11 +85,11 @@ private:
 
     void look() {
         ++passes_;
+        noteRefusals();
         for (const LiveAc& ac : liveAcs) {
             Watched& watched = of(ac.hexid);
-            if (ac.reason != Reason::None) {
-                watched.played.lastReason = ac.reason;
-            }
+            watched.buffered = ac.state == AcState::Buffered;
+            watched.played.shown |= ac.state == AcState::Live;
             if (ac.state == AcState::Removing && !watched.leaving) {
                 watched.played.leavings.push_back({world_.seconds(), ac.reason, ac.phase});
             }
@@ -90,6 +97,26 @@ private:
             watchTurn(ac, watched);
             if (ac.state == AcState::Live && ac.onGround && passes_ % passesPerSample == 0) {
                 sample(ac, watched);
+            }
+        }
+    }
+
+    /// A target that the buffer refuses is gone in the same pass; only the count tells why.
+    void noteRefusals() {
+        Reason risen = Reason::None;
+        for (std::size_t i = 0; i < refusals_.size(); ++i) {
+            const auto reason = static_cast<Reason>(static_cast<int>(firstRefusal) + static_cast<int>(i));
+            const std::uint64_t total = reasonTotal(reason);
+            risen = total > refusals_[i] ? reason : risen;
+            refusals_[i] = total;
+        }
+        if (risen == Reason::None) {
+            return;
+        }
+        for (auto& [hexid, watched] : aircraft_) {
+            if (watched.buffered && liveByHexid(hexid) == nullptr) {
+                watched.played.refused = risen;
+                watched.buffered = false;
             }
         }
     }
@@ -109,7 +136,6 @@ private:
         if (object == nullptr) {
             return;
         }
-        watched.played.shown = true;
         if (ac.objectId != watched.objectId) {
             watched.objectId = ac.objectId;
             watched.settled = world_.seconds() + appearingS;
@@ -135,6 +161,7 @@ private:
     const ApronScene& scene_;
     test::ScenarioWorld world_;
     std::map<std::uint32_t, Watched> aircraft_;
+    std::array<std::uint64_t, refusalCount> refusals_ = {};
     std::int64_t passes_ = 0;
 };
 

@@ -43,7 +43,7 @@ struct PlayedAircraft {
     std::vector<tool::TrackPoint> line; ///< what the feed told
     std::vector<ApronSample> samples;   ///< on the ground only
     std::vector<Leaving> leavings;
-    Reason lastReason = Reason::None;
+    Reason refused = Reason::None; ///< by the buffer, the last time
     bool shown = false;
 };
 

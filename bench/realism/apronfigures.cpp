@@ -204,7 +204,7 @@ const ParkPos* standOf(const std::vector<ParkPos>& stands, std::uint32_t sid) {
 std::string doingAt(const PlayedAircraft& aircraft, double at) {
     std::string out = "not shown yet";
     if (!aircraft.shown) {
-        return fmt::format("never shown: {}", reasonText(aircraft.lastReason));
+        return fmt::format("never shown: {}", reasonText(aircraft.refused));
     }
     for (const ApronSample& sample : aircraft.samples) {
         if (sample.at > at) {
@@ -251,11 +251,16 @@ StandStop judged(const RecordedStop& stop, const ParkPos& stand, const PlayedAir
     return out;
 }
 
-/// Who moves on the ground at one moment.
-struct Mover {
+struct OnApron {
     const PlayedAircraft* aircraft = nullptr;
     LatLon position;
     bool recorded = false; ///< the feed still tells of it
+};
+
+/// Everybody on the ground at one moment.
+struct Apron {
+    std::vector<OnApron> moving;
+    std::vector<OnApron> parked;
 };
 
 /// The samples of one aircraft by moments of equal distance.
@@ -282,22 +287,31 @@ bool recordedAt(const PlayedAircraft& aircraft, double at) {
     return told >= aircraft.line.front().time && told <= aircraft.line.back().time;
 }
 
-void addOverlaps(Overlap& overlap, const std::vector<Mover>& movers, const std::string& scene) {
-    for (std::size_t i = 0; i < movers.size(); ++i) {
-        for (std::size_t j = i + 1; j < movers.size(); ++j) {
-            const Mover& a = movers[i];
-            const Mover& b = movers[j];
-            if (tool::metresBetween(a.position, b.position) >=
-                a.aircraft->halfSpanM + b.aircraft->halfSpanM) {
-                continue;
-            }
-            if (a.recorded && b.recorded) {
-                overlap.seconds += overlapStepS;
-                overlap.pairs[fmt::format("{} {} {}", scene, a.aircraft->callsign, b.aircraft->callsign)] +=
-                    overlapStepS;
-            } else {
-                overlap.afterRecording += overlapStepS;
-            }
+void addOverlap(Overlap& overlap, const OnApron& a, const OnApron& b, const std::string& scene) {
+    if (tool::metresBetween(a.position, b.position) >= a.aircraft->halfSpanM + b.aircraft->halfSpanM) {
+        return;
+    }
+    if (a.recorded && b.recorded) {
+        overlap.seconds += overlapStepS;
+        overlap.pairs[fmt::format("{} {} {}", scene, a.aircraft->callsign, b.aircraft->callsign)] +=
+            overlapStepS;
+    } else {
+        overlap.afterRecording += overlapStepS;
+    }
+}
+
+void addOverlaps(Overlap& overlap, const std::vector<OnApron>& all, const std::string& scene) {
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        for (std::size_t j = i + 1; j < all.size(); ++j) {
+            addOverlap(overlap, all[i], all[j], scene);
+        }
+    }
+}
+
+void addOverlaps(Overlap& overlap, const Apron& apron, const std::string& scene) {
+    for (const OnApron& moving : apron.moving) {
+        for (const OnApron& parked : apron.parked) {
+            addOverlap(overlap, moving, parked, scene);
         }
     }
 }
@@ -325,23 +339,24 @@ public:
 
     void watch() {
         for (double at = 0.0; at < played_.end; at += overlapStepS) {
-            std::vector<Mover> flown;
-            std::vector<Mover> naive;
-            std::vector<Mover> parked;
+            Apron flown;
+            Apron naive;
             for (Watched& watched : watched_) {
                 const bool recorded = recordedAt(*watched.aircraft, at);
                 if (const ApronSample* sample = watched.flown.at(at)) {
-                    (moves(*sample) ? flown : parked)
+                    (moves(*sample) ? flown.moving : flown.parked)
                         .push_back({watched.aircraft, sample->position, recorded});
                 }
-                const ApronSample* sample = watched.naive.at(at);
-                if (sample != nullptr && !standsAt(watched, at)) {
-                    naive.push_back({watched.aircraft, sample->position, recorded});
+                if (const ApronSample* sample = watched.naive.at(at)) {
+                    (standsAt(watched, at) ? naive.parked : naive.moving)
+                        .push_back({watched.aircraft, sample->position, recorded});
                 }
             }
-            addOverlaps(figures_.flown, flown, scene_.name);
-            addOverlaps(figures_.naive, naive, scene_.name);
-            addOverlaps(figures_.parked, parked, scene_.name);
+            addOverlaps(figures_.flown, flown.moving, scene_.name);
+            addOverlaps(figures_.naive, naive.moving, scene_.name);
+            addOverlaps(figures_.flownPast, flown, scene_.name);
+            addOverlaps(figures_.naivePast, naive, scene_.name);
+            addOverlaps(figures_.parked, flown.parked, scene_.name);
         }
     }
 
@@ -366,13 +381,19 @@ private:
     std::vector<Watched> watched_;
 };
 
-void addLeavings(ApronFigures& figures, const PlayedAircraft& aircraft) {
+void addLeavings(ApronFigures& figures, const PlayedAircraft& aircraft, const std::string& name) {
     for (const Leaving& leaving : aircraft.leavings) {
-        const bool recorded = recordedAt(aircraft, leaving.at);
-        ++(recorded ? figures.leftWhileRecorded : figures.leftAfterwards)[leaving.reason];
+        if (!recordedAt(aircraft, leaving.at)) {
+            ++figures.leftAfterwards[leaving.reason];
+            continue;
+        }
+        ++figures.leftWhileRecorded[leaving.reason];
+        figures.whoLeft.push_back(fmt::format("{}, {:.0f} s, {}: {}", name, leaving.at,
+                                              phaseNames[static_cast<std::size_t>(leaving.phase)],
+                                              reasonText(leaving.reason)));
     }
     if (!aircraft.shown) {
-        ++figures.neverShown[aircraft.lastReason];
+        ++figures.neverShown[aircraft.refused];
     }
 }
 
@@ -477,28 +498,51 @@ void ApronFigures::add(const ApronScene& scene, const PlayedApron& played) {
         }
         ++aircraft;
         shown += one.shown ? 1 : 0;
-        StageAdder adder(*this, fmt::format("{} {}", scene.name, one.callsign), one.line);
+        const std::string name = fmt::format("{} {}", scene.name, one.callsign);
+        StageAdder adder(*this, name, one.line);
         adder.add(one.samples, false);
         adder.add(naiveOf(one.line), true);
-        addLeavings(*this, one);
+        addLeavings(*this, one, name);
         for (const RecordedStop& stop : stopsOf(one.line)) {
             if (const ParkPos* stand = nearestStand(played.stands, stop.place)) {
                 stops.push_back(judged(stop, *stand, one, played));
-                stops.back().name = fmt::format("{} {} {} {:.0f}-{:.0f} s", scene.name, one.callsign,
-                                                one.type, stop.begin, stop.end);
+                stops.back().name =
+                    fmt::format("{} {} {:.0f}-{:.0f} s", name, one.type, stop.begin, stop.end);
             }
         }
     }
     OverlapWatch(*this, scene, played).watch();
 }
 
+std::string pathsOf(const PlayedApron& played) {
+    std::string out = "at,callsign,lat,lon,heading_deg,phase,stand,rolling,no_data,turn_share,from_line_m\n";
+    for (const PlayedAircraft& one : played.aircraft) {
+        for (const ApronSample& sample : one.samples) {
+            const auto found = tool::placeOnLine(one.line, {sample.at, sample.position, 0.0, 0.0, true});
+            const ParkPos* stand = standOf(played.stands, sample.sid);
+            out += fmt::format("{:.1f},{},{:.6f},{:.6f},{:.2f},{},{},{:d},{:d},{:.2f},{:.1f}\n", sample.at,
+                               one.callsign, sample.position.lat, sample.position.lon,
+                               sample.heading * degPerRad, phaseNames[static_cast<std::size_t>(sample.phase)],
+                               stand == nullptr ? "" : stand->id, sample.rolling, sample.coasting,
+                               sample.turnShare, found ? found->distanceM : -1.0);
+        }
+    }
+    return out;
+}
+
 std::string tableOf(ApronFigures& figures) {
+    std::string left;
+    for (const std::string& who : figures.whoLeft) {
+        left += "  " + who + "\n";
+    }
     return fmt::format("{} scenes on the apron, {} aircraft, {} of them shown\n", figures.scenes,
                        figures.aircraft, figures.shown) +
            stageRows(figures) + "wing circles that overlap:\n" +
            overlapRow("  moving, flown", figures.flown) + overlapRow("  moving, naive", figures.naive) +
+           overlapRow("  moving past parked, flown", figures.flownPast) +
+           overlapRow("  moving past parked, naive", figures.naivePast) +
            overlapRow("  parked", figures.parked) + stopRows(figures) +
-           reasonRows("removed while recorded", figures.leftWhileRecorded) +
+           reasonRows("removed while recorded", figures.leftWhileRecorded) + left +
            reasonRows("removed afterwards", figures.leftAfterwards) +
            reasonRows("never shown", figures.neverShown);
 }

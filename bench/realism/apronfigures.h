@@ -55,9 +55,12 @@ struct ApronFigures {
     std::array<ApronStageFigures, apronStageCount> stages;
     Overlap flown;
     Overlap naive;
-    Overlap parked; ///< neither of the two moves
+    Overlap flownPast; ///< one of the two is parked
+    Overlap naivePast;
+    Overlap parked; ///< both are
     std::vector<StandStop> stops;
     std::map<Reason, int> leftWhileRecorded;
+    std::vector<std::string> whoLeft; ///< while recorded
     std::map<Reason, int> leftAfterwards;
     std::map<Reason, int> neverShown;
 
@@ -65,5 +68,8 @@ struct ApronFigures {
 };
 
 std::string tableOf(ApronFigures& figures);
+
+/// Every sample of a scene as CSV, for a look at a single aircraft.
+std::string pathsOf(const PlayedApron& played);
 
 } // namespace kst::bench

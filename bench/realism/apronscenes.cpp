@@ -61,6 +61,11 @@ bool isVehicle(const Reports& reports) {
     });
 }
 
+std::string withoutHyphen(std::string registration) {
+    std::erase(registration, '-');
+    return registration;
+}
+
 /// Whatever is an aircraft gets a type that the program knows. Vehicles keep none: the program refuses them.
 void completeTypes(Reports& all, const std::set<std::string, std::less<>>& types) {
     std::map<std::uint32_t, Reports> byTarget;
@@ -78,8 +83,10 @@ void completeTypes(Reports& all, const std::set<std::string, std::less<>>& types
         if (const auto type = given.find(report.hexid); type != given.end()) {
             report.type = type->second;
         }
-        if (report.callsign.empty() && report.registration.empty()) {
-            report.callsign = fmt::format("{:06X}", report.hexid);
+        // As if the program's own list knew every registration.
+        if (report.callsign.empty()) {
+            report.callsign = report.registration.empty() ? fmt::format("{:06X}", report.hexid)
+                                                          : withoutHyphen(report.registration);
         }
     }
 }

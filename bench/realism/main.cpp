@@ -95,6 +95,14 @@ void writePage(const std::filesystem::path& file, const RecordedFlight& flight, 
     }
 }
 
+void writeText(const std::filesystem::path& file, const std::string& text) {
+    std::ofstream out(file, std::ios::binary);
+    out << text;
+    if (!out.flush()) {
+        throw std::runtime_error("cannot write " + file.filename().string());
+    }
+}
+
 void writePath(const std::filesystem::path& file, const PlayedFlight& played) {
     constexpr std::size_t every = 5;
     std::ofstream out(file, std::ios::binary);
@@ -230,6 +238,9 @@ int runApron(const Options& options) {
         }
         const PlayedApron played = playApron(scene, options.stands);
         figures.add(scene, played);
+        if (!options.path.empty() && !options.flights) {
+            writeText(options.path, pathsOf(played));
+        }
         if (options.list) {
             ApronFigures own;
             own.add(scene, played);

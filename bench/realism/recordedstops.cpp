@@ -10,7 +10,6 @@ namespace {
 
 constexpr double shortestStopS = 20.0;
 constexpr double spotM = 18.0;
-constexpr double leftM = 85.0;
 
 using Points = std::vector<tool::TrackPoint>;
 
@@ -42,7 +41,7 @@ std::vector<RecordedStop> stopsOf(const Points& line) {
         stop.place = middleOf(first, behind);
         stop.fromStart = first == line.begin();
         stop.leaves = std::any_of(behind, line.end(), [&](const tool::TrackPoint& point) {
-            return tool::metresBetween(point.position, stop.place) > leftM;
+            return tool::metresBetween(point.position, stop.place) > spotM;
         });
         if (!stops.empty() && tool::metresBetween(stops.back().place, stop.place) < spotM) {
             stops.back().end = stop.end;
