@@ -10,6 +10,7 @@ namespace {
 
 constexpr double shortestStopS = 20.0;
 constexpr double spotM = 18.0;
+constexpr double stoppingKt = 1.0;
 
 using Points = std::vector<tool::TrackPoint>;
 
@@ -31,7 +32,9 @@ std::vector<RecordedStop> stopsOf(const Points& line) {
         const auto behind = std::find_if(first, line.end(), [&](const tool::TrackPoint& point) {
             return !point.onGround || tool::metresBetween(point.position, first->position) > spotM;
         });
-        if (behind == first || (behind - 1)->time - first->time < shortestStopS) {
+        const bool comesToEnd =
+            first != line.begin() && behind == line.end() && line.back().gsKt <= stoppingKt;
+        if (behind == first || (!comesToEnd && (behind - 1)->time - first->time < shortestStopS)) {
             ++first;
             continue;
         }

@@ -16,7 +16,8 @@ struct RecordedStop {
     bool leaves = false;    ///< the target is farther away later on
 };
 
-/// Every stay of 20 s or more on one spot, as far as a rounding feed tells, in order.
+/// Every stay of 20 s or more on one spot, as far as a rounding feed tells, in order. At the line's end a
+/// shorter one counts too.
 std::vector<RecordedStop> stopsOf(const std::vector<tool::TrackPoint>& line);
 
 } // namespace kst::bench
