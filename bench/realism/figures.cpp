@@ -1,6 +1,7 @@
 #include "bench/realism/figures.h"
 
 #include "engine/categories.h"
+#include "engine/flare.h"
 
 #include <algorithm>
 #include <cmath>
@@ -37,6 +38,8 @@ constexpr std::size_t fewestForAxis = 4;
 
 constexpr double fastestGroundTurn = 3.0; ///< in base rates of turn
 constexpr double pitchSpread = 1.05;      ///< a record's own pitches lie so far from those of its class
+/// The lowest nose at rest, and of the climb law.
+constexpr double lowestNoseDeg = 2.5;
 
 double angleOff(double a, double b) {
     return std::abs(std::remainder(b - a, 2.0 * pi)) * degPerRad;
@@ -52,8 +55,22 @@ double pitchLimit(Category category, Stage stage) {
     double perTick = categoryLimits(category).pitchRateDeg;
     if (stage == Stage::TakeOff) {
         perTick = std::max(
-            {perTick, -rates.rotatePitchDeg * pitchSpread / rates.rotateTicks,
+            {perTick, (lowestNoseDeg - rates.rotatePitchDeg * pitchSpread) / rates.rotateTicks,
              (rates.rotatePitchDeg - rates.climbPitchDeg) * pitchSpread * pitchSpread / rates.climbOutTicks});
+    } else if (stage == Stage::Flare) {
+        perTick = std::max(perTick, (lowestNoseDeg - flarePitch * degPerRad) / rates.flareTicks);
+    } else if (stage == Stage::Rollout) {
+        perTick = std::max(perTick, (lowestNoseDeg - flarePitch * degPerRad) / rates.derotateTicks);
+    }
+    return perTick * ticksPerSecond;
+}
+
+/// The wings come level while the nose comes down.
+double bankLimit(Category category, Stage stage) {
+    const CategoryLimits& limits = categoryLimits(category);
+    double perTick = limits.bankRateDeg;
+    if (stage == Stage::Rollout) {
+        perTick = std::max(perTick, limits.maxBankDeg / categoryRates(category).derotateTicks);
     }
     return perTick * ticksPerSecond;
 }
@@ -123,8 +140,7 @@ private:
                 name, b.at);
         }
         here.pitchShare.note(pitch / pitchLimit(played_.category, b.stage), name, b.at);
-        here.bankShare.note(bank / (categoryLimits(played_.category).bankRateDeg * ticksPerSecond), name,
-                            b.at);
+        here.bankShare.note(bank / bankLimit(played_.category, b.stage), name, b.at);
         if (b.wheelsFt < -belowGroundFt) {
             here.belowSeconds += dt;
             here.below.note(-b.wheelsFt, name, b.at);
@@ -194,6 +210,7 @@ private:
         touchdown.at = now.at;
         touchdown.verticalFpm = (before.altFt - start.altFt) / (before.at - start.at) * 60.0;
         touchdown.fromAxisM = fromAxis(now);
+        touchdown.approached = start.stage == Stage::Approach || start.stage == Stage::Flare;
         const double way = tool::metresBetween(start.position, before.position);
         const double speedKt = way / metresPerNm / (before.at - start.at) * tool::secondsPerHour;
         if (speedKt >= slowestTouchdownKt) {
@@ -267,17 +284,15 @@ std::string touchdownsOf(const Figures& figures) {
         if (touchdown.fromAxisM >= 0.0) {
             axis.push_back(touchdown.fromAxisM);
         }
-        const bool good =
-            touchdown.verticalFpm <= touchdownGentlestFpm && touchdown.verticalFpm >= touchdownHardestFpm;
-        outside += good ? 0 : 1;
+        outside += touchdown.gentle() ? 0 : 1;
     }
     const tool::Spread rate = tool::spreadOf(rates);
     const tool::Spread off = tool::spreadOf(axis);
-    return fmt::format("{} touchdowns, ft/min: {:.0f} to {:.0f}, median {:.0f}, {} outside {:.0f} to {:.0f}; "
-                       "from the runway's axis: median {:.1f} m, 95 % {:.1f} m, largest {:.1f} m\n",
-                       figures.touchdowns.size(), rates.empty() ? 0.0 : -rates.front(), -rate.max,
-                       -rate.median, outside, touchdownGentlestFpm, touchdownHardestFpm, off.median, off.p95,
-                       off.max);
+    return fmt::format(
+        "{} touchdowns, ft/min: {:.0f} to {:.0f}, median {:.0f}, {} outside {:.0f} to {:.0f}; from the "
+        "runway's axis: median {:.1f} m, 95 % {:.1f} m, largest {:.1f} m\n",
+        figures.touchdowns.size(), rates.empty() ? 0.0 : -rates.front(), -rate.max, -rate.median, outside,
+        touchdownGentlestFpm, touchdownHardestFpm, off.median, off.p95, off.max);
 }
 
 std::string worstOf(std::string_view stageName, const StageFigures& figures) {
@@ -315,6 +330,10 @@ void Worst::note(double candidate, const std::string& flight, double at) {
     }
 }
 
+bool Touchdown::gentle() const {
+    return verticalFpm <= touchdownGentlestFpm && verticalFpm >= touchdownHardestFpm;
+}
+
 void Figures::add(const RecordedFlight& flight, const PlayedFlight& played,
                   const std::vector<Sample>& samples) {
     Adder(*this, flight, played, samples).add();
@@ -332,9 +351,7 @@ double badness(const Figures& figures) {
         bad += stage.reversals * fault;
     }
     for (const Touchdown& touchdown : figures.touchdowns) {
-        const bool good =
-            touchdown.verticalFpm <= touchdownGentlestFpm && touchdown.verticalFpm >= touchdownHardestFpm;
-        bad += good ? 0.0 : fault;
+        bad += touchdown.gentle() ? 0.0 : fault;
     }
     return bad;
 }
@@ -358,9 +375,11 @@ std::string tableOf(Figures& flown, Figures& naive) {
         out += worstOf(stageNames[i], flown.stages[i]);
     }
     for (const Touchdown& touchdown : flown.touchdowns) {
-        if (touchdown.verticalFpm > touchdownGentlestFpm || touchdown.verticalFpm < touchdownHardestFpm) {
-            out += fmt::format("  touchdown at {:.0f} ft/min: {}, {:.0f} s\n", touchdown.verticalFpm,
-                               touchdown.flight, touchdown.at);
+        if (!touchdown.gentle()) {
+            out +=
+                fmt::format("  touchdown at {:.0f} ft/min: {}, {:.0f} s{}\n", touchdown.verticalFpm,
+                            touchdown.flight, touchdown.at,
+                            touchdown.approached ? "" : ", its leg to the ground began before the approach");
         }
     }
     return out;

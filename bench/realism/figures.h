@@ -45,6 +45,9 @@ struct Touchdown {
     double at = 0.0;
     double verticalFpm = 0.0;
     double fromAxisM = -1.0; ///< below 0 where the recording shows no axis
+    bool approached = false; ///< otherwise the leg that ends on the ground began before the approach did
+
+    bool gentle() const;
 };
 
 struct Figures {

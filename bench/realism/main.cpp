@@ -127,32 +127,64 @@ void writePath(const std::filesystem::path& file, const PlayedFlight& played) {
     }
 }
 
+/// Where the aircraft was when a recorded contact with the ground, or its end, was due.
+std::string whereAt(const PlayedFlight& played, double recordedAt) {
+    constexpr double sameMomentS = 1.0;
+    const double due = recordedAt + tool::playDelaySeconds;
+    const auto next = std::lower_bound(played.flown.begin(), played.flown.end(), due,
+                                       [](const Sample& sample, double at) { return sample.at < at; });
+    if (next != played.flown.end() && next->at < due + sameMomentS) {
+        const auto entry = std::find_if(played.flown.begin(), next, [&](const Sample& sample) {
+            return sample.objectId == next->objectId;
+        });
+        return fmt::format(
+            "in {}, entered {} at {:.0f} s, last: {}", stageNames[static_cast<std::size_t>(next->stage)],
+            entry->onGround ? "on the ground" : "in the air", entry->at, reasonText(next->reason));
+    }
+    std::string where = "not shown then";
+    if (next != played.flown.begin()) {
+        where += fmt::format(", gone {:.0f} s before", due - std::prev(next)->at);
+    }
+    if (next != played.flown.end()) {
+        where += fmt::format(", enters {:.0f} s later {}", next->at - due,
+                             next->onGround ? "on the ground" : "in the air");
+    }
+    return where;
+}
+
+/// A line for each recorded contact of a flight that has fewer than it should.
+void noteMissing(std::vector<std::string>& lines, const RecordedFlight& flight, const PlayedFlight& played,
+                 const std::vector<double>& recorded, std::size_t shown) {
+    if (shown >= recorded.size()) {
+        return;
+    }
+    for (const double at : recorded) {
+        lines.push_back(fmt::format("{} ({} of {}), due at {:.0f} s: {}", flight.name, shown, recorded.size(),
+                                    at + tool::playDelaySeconds, whereAt(played, at)));
+    }
+}
+
 /// What the recordings show against what was shown.
 struct Outcomes {
     int flights = 0;
     int notShown = 0;
-    int landings = 0;
-    int departures = 0;
+    std::size_t landings = 0;
+    std::size_t departures = 0;
     std::map<std::string_view, int> reasons; ///< of those not shown
     std::vector<std::string> withoutTouchdown;
     std::vector<std::string> withoutLiftOff;
 
     void add(const RecordedFlight& flight, const PlayedFlight& played, const Figures& own) {
         ++flights;
-        landings += flight.landings;
-        departures += flight.departures;
+        landings += flight.landings.size();
+        departures += flight.departures.size();
         if (!played.shown) {
             ++notShown;
             ++reasons[reasonText(played.lastReason)];
         }
-        if (static_cast<int>(own.touchdowns.size()) < flight.landings) {
-            withoutTouchdown.push_back(
-                fmt::format("{} ({} of {})", flight.name, own.touchdowns.size(), flight.landings));
-        }
-        if (own.liftOffs < flight.departures) {
-            withoutLiftOff.push_back(
-                fmt::format("{} ({} of {})", flight.name, own.liftOffs, flight.departures));
-        }
+        noteMissing(withoutTouchdown, flight, played, flight.landings, own.touchdowns.size());
+        noteMissing(withoutLiftOff, flight, played, flight.departures,
+                    static_cast<std::size_t>(own.liftOffs));
     }
 
     void print() const {
@@ -185,7 +217,7 @@ void printLine(const RecordedFlight& flight, const PlayedFlight& played, Figures
         "{:55} {} {:6} s, line 95 % {:7.1f} m, step {:5.2f}, below {:6.1f} s, reversals {}, down {}/{}, "
         "up {}/{}, qnh {}, {}\n",
         flight.name, flight.reports.front().type, played.flown.size() / 50, p95, step, below, reversals,
-        own.touchdowns.size(), flight.landings, own.liftOffs, flight.departures, flight.qnh,
+        own.touchdowns.size(), flight.landings.size(), own.liftOffs, flight.departures.size(), flight.qnh,
         reasonText(played.lastReason));
 }
 

@@ -146,6 +146,7 @@ private:
         now.stage = stageOf(ac);
         now.onGround = world_.simulator().onGround(*object);
         now.coasting = ac.reckonLeft > 0;
+        now.reason = ac.reason;
         played.flown.push_back(now);
     }
 

@@ -33,8 +33,9 @@ struct Sample {
     float lagLimitS = 0.0F;
     std::uint32_t objectId = 0; ///< another one after a respawn
     Stage stage = Stage::Air;
-    bool onGround = false; ///< the simulator has it on its wheels
-    bool coasting = false; ///< no data: on invented points
+    bool onGround = false;        ///< the simulator has it on its wheels
+    bool coasting = false;        ///< no data: on invented points
+    Reason reason = Reason::None; ///< of the last thing that befell the record
 };
 
 struct PlayedFlight {

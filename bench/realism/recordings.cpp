@@ -133,7 +133,7 @@ void noteContacts(RecordedFlight& flight) {
         }
         const bool nextCounts = static_cast<int>(nextEnd - next) >= (ground ? pointsInAir : pointsOnGround);
         if (i < reports.size() && counts && nextCounts && isContact(reports[i - 1], reports[i])) {
-            ++(ground ? flight.departures : flight.landings);
+            (ground ? flight.departures : flight.landings).push_back(reports[i].at);
             const TrafficReport& low = ground ? reports[i] : reports[i - 1];
             if (const Airport* airport = nearestAirport(flight.airports, low.position)) {
                 elevationMinusPressure.push_back(airport->elevationFt - low.altFt);

@@ -24,8 +24,9 @@ struct RecordedFlight {
     std::vector<standin::TrafficReport> reports; ///< in order of time, the first at 0
     std::vector<Airport> airports;               ///< those that it uses or passes low
     int qnh = 1013;                              ///< that fits its pressure altitudes at its airports
-    int landings = 0;                            ///< that the recording shows to the ground
-    int departures = 0;                          ///< that the recording shows from the ground
+    std::vector<double>
+        landings; ///< seconds at which the recording shows it on the ground for the first time
+    std::vector<double> departures; ///< and in the air for the first time
 };
 
 /// The flights of every *.csv of the folder that last a minute and have ten points at least. `dataFolder`
