@@ -346,9 +346,11 @@ bool parkAirportLoaded() {
 void enableParkingControls(bool enabled) {
     for (const int id :
          {control::ParkingPercentage, control::InitialLoadOnly, control::ParkFake, control::ParkSoft,
-          control::CustomMaxPark, control::MaxFitFl, control::Week, control::FlushStatic, control::ReRead}) {
+          control::CustomMaxPark, control::MaxFitFl, control::Week, control::FlushStatic}) {
         enableControl(id, enabled);
     }
+    // The list is not read anew while it is headed by the destination.
+    enableControl(control::ReRead, enabled && DESTINATION.empty());
 }
 
 } // namespace kst

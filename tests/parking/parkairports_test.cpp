@@ -2,6 +2,7 @@
 
 #include "parking/parkairports.h"
 
+#include "core/controlids.h"
 #include "core/display.h"
 #include "core/parameters.h"
 #include "core/parkairport.h"
@@ -236,6 +237,20 @@ TEST_F(ParkAirports, TheAirportThatIsLeftIsSavedAndEmptied) {
     EXPECT_EQ(staticAcs.front().state, AcState::Removing);
     EXPECT_EQ(statusValues().airportCode, "");
     EXPECT_THAT(log(), HasSubstr("AAAA is out of sight ("));
+}
+
+TEST_F(ParkAirports, TheListIsNotReadAnewWhileADestinationHeadsIt) {
+    user(47.0, 7.0, 3000);
+    for (const auto& [destination, enabled] : {std::pair("AAAA", false), {"", true}}) {
+        DESTINATION.set(destination);
+        parkingRunning = true;
+        enableParkingControls(false);
+        EXPECT_FALSE(controlEnabled(control::ReRead));
+        EXPECT_FALSE(controlEnabled(control::Week));
+        gf_checkForParkAirportUpdates(false); // the population is at its end
+        EXPECT_EQ(controlEnabled(control::ReRead), enabled) << destination;
+        EXPECT_TRUE(controlEnabled(control::Week)) << destination;
+    }
 }
 
 TEST_F(ParkAirports, ReReadPutsAnotherReservedStandToUse) {

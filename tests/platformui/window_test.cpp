@@ -217,6 +217,20 @@ TEST_F(RealWindow, TextKeepsToItsLine) {
     }
 }
 
+TEST_F(RealWindow, TextIsAsWideAsMeasured) {
+    owner.text = "Straight push backs only WWW";
+    constexpr int lastLetter = 12;
+    const int end = 20 + createMeasuringPainter()->textWidth(owner.text);
+    int inked = 0;
+    for (int y = 170; y < 170 + textLineHeight; ++y) {
+        for (int x = end - lastLetter; x < end; ++x) {
+            inked += test::pixelAt(x, y) == background ? 0 : 1;
+        }
+        EXPECT_EQ(test::pixelAt(end + 1, y), background) << y;
+    }
+    EXPECT_GT(inked, 0);
+}
+
 TEST_F(RealWindow, OnlyTheAreaThatWasAskedForIsPainted) {
     const Rect area{0, 100, 400, 120};
     for (int round = 0; round < 1000; ++round) {

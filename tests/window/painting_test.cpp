@@ -54,25 +54,6 @@ Colour colourOf(const RecordingPainter& painter, const std::string& words) {
     return found ? found->colour : Colour{};
 }
 
-TEST(Painting, StartWithoutASimulator) {
-    const RecordingPainter painter = painted(startView());
-    EXPECT_EQ(painter.colourAt(simLampX, lampY), red);
-    EXPECT_EQ(painter.colourAt(realTrafficLampX, lampY), black);
-    EXPECT_EQ(painter.wordsAt(5, 35), "");
-    EXPECT_EQ(painter.wordsAt(5, 63), "");
-    expectTexts(painter, {{3, 7, fmt::format("Version {}", programVersionText()), lime},
-                          {390, 7, "Kestrane_P3D", lime},
-                          {5, 91, "# liveries: ...", red},
-                          {141, 91, "# simaddon: ...", yellow},
-                          {278, 91, "# thirdp: ...", yellow},
-                          {398, 63, "Sim", black},
-                          {430, 63, "RT", black}});
-    for (const PaintedText& text : painter.texts()) {
-        EXPECT_FALSE(test::overlap(text.area(), layout::bandArea(Band::Park))) << text.text;
-        EXPECT_FALSE(test::overlap(text.area(), layout::bandArea(Band::Message))) << text.text;
-    }
-}
-
 TEST(Painting, TextsOfTheSimulatorDoNotOutliveItsSession) {
     WindowView view = runningView();
     view.status.simConnected = false;
@@ -158,28 +139,6 @@ TEST(Painting, PressureThatIsNotKnownIsBlank) {
     EXPECT_EQ(painted(view).wordsAt(642, 63), "qnh: 1013");
 }
 
-TEST(Painting, RunAtAParkAirport) {
-    expectTexts(painted(runningView()), {{5, 91, "# liveries: 48211", lime},
-                                         {141, 91, "# simaddon: 212", lime},
-                                         {278, 91, "# thirdp: 37", lime},
-                                         {458, 35, "RT10 edition: Professional", lime},
-                                         {458, 63, "Weather", lime},
-                                         {642, 63, "qnh:  987", lime},
-                                         {5, 343, "(next in 12 min)", black},
-                                         {5, 399, "LSZH (B 35)", lime},
-                                         {430, 399, "qf: 62", lime},
-                                         {571, 399, "reserved stand: B 35", lime},
-                                         {748, 399, "# updates:   17", lime},
-                                         {5, 427, "# stands: 164", lime},
-                                         {111, 427, "parked live:   7", lime},
-                                         {249, 427, "average fit: 1.5", lime},
-                                         {430, 427, "parked static:  31", lime},
-                                         {571, 427, "average fit: 4", lime},
-                                         {708, 427, "max park:  49 (=30 %)", lime}});
-    EXPECT_TRUE(painted(runningView()).find(" Zurich, OpenStreetMap (h), wk=12"));
-    EXPECT_EQ(painted(runningView()).colourAt(300, messageY), lime);
-}
-
 TEST(Painting, NameOfTheAirportStandsInItsPlaceBehindAShortCode) {
     WindowView view = runningView();
     view.status.headStand.clear();
@@ -243,15 +202,6 @@ TEST(Painting, RenewalIsAnnouncedInItsLastNineteenMinutesOnly) {
         }
         EXPECT_EQ(painted(view).wordsAt(5, 343), each.words) << each.minutes;
     }
-}
-
-TEST(Painting, RenewalUnderWay) {
-    WindowView view = runningView();
-    view.parkingRunning = true;
-    view.status.staticBusyShown = true;
-    expectTexts(painted(view), {{5, 315, "Airport parking active", yellow}, {370, 399, "*S*", lime}});
-    expectTexts(painted(runningView()), {{5, 315, "Airport parking", black}});
-    EXPECT_EQ(painted(runningView()).wordsAt(370, 399), "");
 }
 
 TEST(Painting, ErrorHidesTheMessageOnRed) {

@@ -186,7 +186,7 @@ void lf_servePeriods(std::uint32_t tick) {
 }
 
 void lf_serveReRead() {
-    if (!reReadParkDue || parkingRunning) {
+    if (parkingRunning || !reReadParkDue.exchange(false)) {
         return;
     }
     std::string message;
@@ -195,7 +195,6 @@ void lf_serveReRead() {
     }
     enableControl(control::ReRead, true);
     enableControl(control::Destination, true);
-    reReadParkDue = false;
 }
 
 void lf_autoRange() {

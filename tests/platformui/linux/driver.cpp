@@ -153,7 +153,11 @@ bool namesAreTaken() {
 }
 
 platform::Colour pixelAt(int x, int y) {
-    const QColor colour = window().grab().toImage().pixelColor(x, y);
+    const QImage image = window().grab().toImage();
+    const auto middle = [&](int layoutPixel) {
+        return static_cast<int>((layoutPixel + 0.5) * image.devicePixelRatio());
+    };
+    const QColor colour = image.pixelColor(middle(x), middle(y));
     return {static_cast<std::uint8_t>(colour.red()), static_cast<std::uint8_t>(colour.green()),
             static_cast<std::uint8_t>(colour.blue())};
 }
