@@ -36,6 +36,10 @@ constexpr double mostSpeeds = 2.0;
 constexpr double windKt = 100.0;
 constexpr double placeSlackNm = 0.3;
 constexpr double aheadS = 10.0;
+// On a taxiway no wind carries it: what it may taxi unheard, and what positions there are wrong by.
+constexpr double fastestTaxiKt = 43.0;
+constexpr double unheardTaxiKt = 20.0;
+constexpr double taxiSlackNm = 100.0 * nmPerMetre;
 constexpr double mostFtPerSecond = 250.0;
 constexpr double altitudeSlackFt = 1000.0;
 
@@ -81,22 +85,27 @@ bool speedImplausible(double before, double now) {
 /// Whether no flight leads from the last point of the track to where the record has the target. Aircraft on
 /// stands have their own rules for positions that are far off.
 bool placeImplausible(const FeedMessage& rec, const LiveAc& ac, double intervalS) {
-    const bool moving = ac.phase == AcPhase::Unknown || ac.phase == AcPhase::Taxi ||
-                        ac.phase == AcPhase::TakeOff || ac.phase == AcPhase::Air;
-    if (!moving || ac.holding) {
+    const bool standing = ac.phase == AcPhase::Parked || ac.phase == AcPhase::PushBack;
+    if (standing || ac.holding) {
         return false;
     }
     const TrackPoint& last = ac.track.back();
     const double fastestKt = std::max(rec.groundSpeed, last.gsKt);
     LatLon from = last.position();
     double speedKt = mostSpeeds * fastestKt + windKt;
+    double slackNm = placeSlackNm;
+    // Of a push back nothing was taken in: after it the aircraft may be farther.
+    if (!rec.airborne && !last.airborne && fastestKt <= fastestTaxiKt && ac.phase != AcPhase::AfterPush) {
+        speedKt = mostSpeeds * fastestKt + unheardTaxiKt;
+        slackNm = taxiSlackNm;
+    }
     if (last.gsKt > fastKt && last.trackDeg != 0.0 && intervalS <= aheadS) {
         // Nothing fast turns back in a few seconds: it is to be found round the place ahead of it.
         const double aheadFt = last.gsKt * intervalS / secondsPerHour * feetPerNm;
         from = gf_destination(from, last.trackDeg * radPerDeg, aheadFt);
         speedKt = fastestKt + windKt;
     }
-    const double reachNm = placeSlackNm + speedKt * intervalS / secondsPerHour;
+    const double reachNm = slackNm + speedKt * intervalS / secondsPerHour;
     if (gf_distanceNm(from, {rec.latitude, rec.longitude}) > reachNm) {
         return true;
     }

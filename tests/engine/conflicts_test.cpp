@@ -231,6 +231,7 @@ TEST_F(Conflicts, TwinsByCallsignOrRegistrationGo) {
     StaticAc& byCallsign = world.addStatic("SWR100*", AcState::Live, stand);
     lf_removeStaticTwins();
     EXPECT_EQ(byCallsign.state, AcState::Removing);
+    EXPECT_EQ(liveAcs.front().state, AcState::Live) << "never the other way round";
 
     staticAcs.clear();
     StaticAc& longer = world.addStatic("SWR1000*", AcState::Live, stand);

@@ -253,7 +253,7 @@ TEST_F(FeedIntake, NoiseAndStraightTracksAreThinned) {
         ASSERT_EQ(liveAcs.size(), 1U);
         LiveAc& ac = liveAcs.front();
         ac.reckonLeft = entry.reckonLeft;
-        hear({.position = offset({47.6, 8.3}, 90.0, 400.0),
+        hear({.position = offset({47.6, 8.3}, 90.0, 60.0),
               .gsKt = entry.gs,
               .trackDeg = entry.track,
               .timeS = 1000.0 + entry.afterS,
@@ -282,7 +282,8 @@ TEST_F(FeedIntake, PlacesThatNoFlightReachesAreDroppedUntilTheTargetStaysThere) 
         {"jumps 20 km", 20000, 6000, 10, AcPhase::Air, false},
         {"jumps 20 km before it enters", 20000, 6000, 10, AcPhase::Unknown, false},
         {"is there still two minutes later", 20000, 6000, 120, AcPhase::Air, true},
-        {"stood on a stand, where other rules hold", 20000, 6000, 10, AcPhase::AfterPush, true},
+        {"stands on a stand, where other rules hold", 20000, 6000, 10, AcPhase::Parked, true},
+        {"waits after its push back", 20000, 6000, 10, AcPhase::AfterPush, false},
         {"dives", 1300, 3000, 10, AcPhase::Air, true},
         {"loses 5,900 ft", 1300, 100, 10, AcPhase::Air, false},
         {"gains 30,000 ft", 1300, 36000, 10, AcPhase::Air, false},
@@ -299,18 +300,39 @@ TEST_F(FeedIntake, PlacesThatNoFlightReachesAreDroppedUntilTheTargetStaysThere) 
               .timeS = 1000.0 + entry.afterS});
         EXPECT_EQ(reasonTotal(Reason::PlaceImplausible), entry.taken ? 0U : 1U);
     }
-    resetEngine(false);
-    resetCounts();
+}
+
+TEST_F(FeedIntake, PlacesOnTheGroundAreHeldAgainstWhatTaxiingReaches) {
+    struct Case {
+        const char* name;
+        bool flewBefore;
+        double gsKt, metres, afterS;
+        AcPhase phase;
+        bool taken;
+    };
+    const Case cases[] = {
+        {"taxis on", false, 10, 160, 3, AcPhase::Taxi, true},
+        {"taxis farther than it can", false, 10, 165, 3, AcPhase::Taxi, false},
+        {"is there still later", false, 10, 165, 4, AcPhase::Taxi, true},
+        {"rolls onto its stand", false, 10, 165, 3, AcPhase::Parking, false},
+        {"taxied on unseen while it was pushed", false, 10, 600, 3, AcPhase::AfterPush, true},
+        {"takes off", false, 60, 700, 3, AcPhase::Taxi, true},
+        {"flew 6,000 ft above", true, 250, 400, 3, AcPhase::Air, false},
+    };
     world.openAirport();
-    hear({.altFt = 7000.0});
-    liveAcs.front().phase = AcPhase::Air;
-    hear({.position = offset({47.6, 8.3}, 90.0, 400.0),
-          .altFt = 0.0,
-          .trackDeg = 180.0,
-          .timeS = 1003.0,
-          .airborne = false});
-    EXPECT_EQ(reasonTotal(Reason::PlaceImplausible), 1U)
-        << "on the ground 5,600 ft below, three seconds later";
+    for (const Case& entry : cases) {
+        SCOPED_TRACE(entry.name);
+        resetEngine(false);
+        resetCounts();
+        hear({.altFt = 7500.0, .gsKt = entry.gsKt, .airborne = entry.flewBefore});
+        liveAcs.front().phase = entry.phase;
+        hear({.position = offset({47.6, 8.3}, 90.0, entry.metres),
+              .gsKt = entry.gsKt,
+              .trackDeg = 180.0,
+              .timeS = 1000.0 + entry.afterS,
+              .airborne = false});
+        EXPECT_EQ(reasonTotal(Reason::PlaceImplausible), entry.taken ? 0U : 1U);
+    }
 }
 
 TEST_F(FeedIntake, LeavingAircraftTakesNothing) {

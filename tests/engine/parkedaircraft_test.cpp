@@ -123,41 +123,34 @@ TEST_F(ParkedAircraft, WhoArrivesOnATakenStandGoesAndTheFirstKeepsIt) {
 
 // ---- positions of a parked aircraft ----
 
-TEST_F(ParkedAircraft, DriftOfTheFeedMovesNobody) {
-    LiveAc& ac = atStand(AcPhase::Parked);
-    // Half span is 17.9 m. Three steps of 4 m stay below half of it, whatever the count.
-    for (const double metres : {1.0, 5.0, 2.0, 6.0, 1.5, 5.0, 9.0, 9.5}) {
-        EXPECT_FALSE(heard(ac, metres)) << metres;
-        EXPECT_FALSE(ac.moveOffSeen) << metres;
+// Half spans are 17.9 m and 32.4 m.
+TEST_F(ParkedAircraft, DriftIsToldFromMovement) {
+    struct {
+        const char* name;
+        const char* type;
+        std::vector<double> metres; ///< heard in turn
+        bool moves;                 ///< with the last one
+    } const table[] = {
+        {"to and fro", "A320", {1, 5, 2, 6, 1.5, 5, 9, 9.5}, false},
+        {"three steps within a quarter of the span", "B77W", {1, 5, 9, 13}, false},
+        {"three steps over a quarter of the span", "A320", {1, 5, 9, 13}, true},
+        {"two steps over a quarter of the span", "A320", {1, 5, 13}, false},
+        {"steps shorter than 3 m", "A320", {1, 3.9, 3.8, 3.9}, false},
+        {"one step of almost half a span", "A320", {1, 18}, false},
+        {"one step over half a span", "A320", {1, 20}, true},
+        {"came back in between", "A320", {1, 5, 9, 3, 13}, false},
+    };
+    for (const auto& row : table) {
+        LiveAc& ac = atStand(AcPhase::Parked, 0.0, row.type);
+        stand.liveParked = true;
+        for (const double& metres : row.metres) {
+            const bool last = &metres == &row.metres.back();
+            EXPECT_EQ(heard(ac, metres), last && row.moves) << row.name << ", " << metres;
+        }
+        EXPECT_EQ(ac.moveOffSeen, row.moves) << row.name;
+        EXPECT_EQ(stand.liveParked, !row.moves) << row.name;
+        EXPECT_TRUE(ac.feedWhileParked);
     }
-    EXPECT_TRUE(ac.feedWhileParked);
-}
-
-TEST_F(ParkedAircraft, ThreeSteadyStepsOverHalfASpanAreAMovement) {
-    LiveAc& ac = atStand(AcPhase::Parked);
-    EXPECT_FALSE(heard(ac, 1.0));
-    EXPECT_FALSE(heard(ac, 5.0));
-    EXPECT_FALSE(heard(ac, 9.0));
-    EXPECT_TRUE(heard(ac, 13.0));
-    EXPECT_TRUE(ac.moveOffSeen);
-    EXPECT_FALSE(stand.liveParked);
-}
-
-TEST_F(ParkedAircraft, OneStepOverAWholeSpanIsAMovement) {
-    LiveAc& ac = atStand(AcPhase::Parked);
-    EXPECT_FALSE(heard(ac, 1.0));
-    EXPECT_FALSE(heard(ac, 18.0));
-    LiveAc& jump = atStand(AcPhase::Parked);
-    EXPECT_FALSE(heard(jump, 1.0));
-    EXPECT_TRUE(heard(jump, 20.0));
-}
-
-TEST_F(ParkedAircraft, ComingBackForgetsTheStepsAway) {
-    LiveAc& ac = atStand(AcPhase::Parked);
-    for (const double metres : {1.0, 5.0, 9.0, 3.0, 7.0}) {
-        EXPECT_FALSE(heard(ac, metres));
-    }
-    EXPECT_EQ(ac.awayCount, 0) << "7 m is less than the 9 m that the drift had reached";
 }
 
 struct FarPosition {

@@ -212,6 +212,8 @@ TEST_F(StandConflicts, TaxiingAircraftClaimsAStand) {
         {"too far for one that has stopped", nothing, gone, 21, false, false, false, false, false},
         {"lost after landing, looks farther", [](LiveAc& ac) { ac.reckonLeft = 5, ac.landed = true; }, gone,
          54, false, false, true, false, false},
+        {"lost after landing, but too far", [](LiveAc& ac) { ac.reckonLeft = 5, ac.landed = true; }, gone, 56,
+         false, false, false, false, false},
         {"lost without having landed", [](LiveAc& ac) { ac.reckonLeft = 5; }, gone, 21, false, false, false,
          false, false},
         {"fast", [](LiveAc& ac) { ac.track[1].gsKt = 6; }, gone, 19, false, false, false, false, false},

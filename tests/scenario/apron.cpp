@@ -29,7 +29,7 @@ void TurnWatch::look() {
         if (ac.state != AcState::Live || !ac.onGround) {
             continue;
         }
-        const auto [last, first] = headings_.try_emplace(ac.hexid, ac.simState.heading);
+        const auto [last, first] = headings_.try_emplace(ac.objectId, ac.simState.heading);
         const double rate = categoryRates(ac.category).baseTurnRateDeg * radPerDeg;
         largest_ = std::max(largest_, std::abs(gf_angleDiff(last->second, ac.simState.heading)) / rate);
         last->second = ac.simState.heading;

@@ -24,14 +24,14 @@ inline constexpr double halfSpanM = 17.9;
 /// Three times the rate of the size class, and rounding.
 inline constexpr double fastestTurn = 3.001;
 
-/// The largest turn in one tick of every live aircraft on the ground, in rates of its size class.
+/// The largest turn in one tick of every object on the ground, in rates of its size class.
 class TurnWatch {
 public:
     void look();
     double largest() const { return largest_; }
 
 private:
-    std::map<std::uint32_t, double> headings_;
+    std::map<std::uint32_t, double> headings_; ///< by object
     double largest_ = 0.0;
 };
 

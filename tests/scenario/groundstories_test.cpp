@@ -174,14 +174,53 @@ TEST(GroundStories, StandDisappearsUnderTheAircraft) {
     EXPECT_EQ(reasonTotal(Reason::LeftStandFar), 1U) << "it is shown where nothing is any more";
 }
 
-TEST(GroundStories, ParkedAircraftDoesNotJumpAcrossTheAirport) {
-    Apron apron;
+/// Taxis in, parks, is pushed back and taxis out.
+Way inAndOut() {
     Way way;
-    way.at(zurich).stand(60).at(offset(zurich, 200.0, 3000.0)).stand(60);
-    apron.world.feed(traffic({way}));
-    ASSERT_TRUE(apron.play(60));
-    EXPECT_FALSE(apron.play(30));
-    EXPECT_EQ(reasonTotal(Reason::LeftStandFar), 1U);
+    way.at(offset(zurich, 180.0, 300.0)).move(0.0, 250.0, 10.0).move(0.0, 50.0, 4.0).stand(60);
+    return way.move(180.0, 60.0, 3.0).stand(40).nose(90.0).move(90.0, 400.0, 10.0).stand(40);
+}
+
+TEST(GroundStories, StandsDisappearAtAnyMoment) {
+    const Way way = inAndOut();
+    constexpr double everyS = 25.0;
+    for (double at = everyS; at < way.seconds() + 30.0; at += everyS) {
+        SCOPED_TRACE(at);
+        Apron apron;
+        apron.world.feed(traffic({way}));
+        apron.play(at);
+        parkPositions().clear();
+        apron.play(way.seconds() + 60.0 - at);
+        EXPECT_LT(apron.spectator.fastestKt(), 25.0) << "flies off";
+        EXPECT_LT(apron.turns.largest(), fastestTurn) << "spins";
+        ASSERT_NE(liveByHexid(firstHexid), nullptr);
+        EXPECT_LT(apron.metresFrom(way.place()), 1.0) << "where the real one is";
+    }
+}
+
+// At some moment the feed shows it elsewhere, once or for good.
+TEST(GroundStories, FeedShowsItOnTheFarSideOfTheAirport) {
+    const Way truth = inAndOut();
+    constexpr double everyS = 24.0;
+    for (const double metres : {600.0, 3000.0}) {
+        for (const bool once : {true, false}) {
+            for (double from = 15.0; from < truth.seconds(); from += everyS) {
+                SCOPED_TRACE(
+                    fmt::format("{} m off from {} s on, {}", metres, from, once ? "once" : "for good"));
+                Apron apron;
+                auto reports = truth.reports();
+                for (auto& report : reports) {
+                    if (report.at >= from && (!once || report.at < from + 3.0)) {
+                        report.position = offset(report.position, 250.0, metres);
+                    }
+                }
+                apron.world.feed(std::make_unique<test::DrawnTraffic>(reports));
+                apron.play(truth.seconds() + 60.0);
+                EXPECT_LT(apron.spectator.fastestKt(), 55.0) << "flies off";
+                EXPECT_LT(apron.turns.largest(), fastestTurn) << "spins";
+            }
+        }
+    }
 }
 
 TEST(GroundStories, StandsWithoutSizeAndWithoutPlace) {
