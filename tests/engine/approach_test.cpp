@@ -7,9 +7,11 @@
 #include "engine/configuration.h"
 #include "engine/flare.h"
 #include "engine/flown.h"
+#include "engine/groundleg.h"
 #include "engine/legs.h"
 #include "engine/prediction.h"
 #include "engine/tables.h"
+#include "engine/takeoff.h"
 #include "model/simconnect.h"
 
 #include <cmath>
@@ -125,33 +127,56 @@ TEST_F(Approach, OutsideALandingNothingSinksTowardsTheGroundBelowAThousandFeet) 
     }
 }
 
-TEST_F(Approach, FlyingAircraftWhoseTrackSaysGroundFindsWhereItFliesOn) {
-    LiveAc& ac = onApproach();
-    const LatLon airborneAt = offset(onFinal, 90.0, 1500.0);
-    ac.track.clear();
-    for (int i = 0; i < 3; ++i) {
-        ac.track.push_back(groundPoint(offset(onFinal, 90.0, 300.0 * i), 140, now + 400 * i));
-    }
-    ac.track.push_back(airPoint(airborneAt, 2600, 150, now + 2000));
-    ac.track.push_back(airPoint(offset(onFinal, 90.0, 2500.0), 3000, 160, now + 3200));
-    ac.track[3].vsFpm = ac.track[4].vsFpm = 1500.0;
-    lf_setupAirStep(ac);
-    ASSERT_EQ(ac.track.size(), 3U);
-    EXPECT_EQ(ac.track[1].position(), airborneAt);
-    EXPECT_GT(ac.dAlt, 0.0);
-    // The leg ends at that point, not beyond it.
-    EXPECT_NEAR(ac.simState.lon + ac.dLon * lf_stepsToNext(ac), airborneAt.lon, 1e-9);
-}
+struct GroundTrack {
+    const char* name;
+    std::size_t points;
+    std::size_t airborneAt; ///< place of the first point in the air, the front is 1; 0 for none
+    double vsFpm;           ///< of each point
+    bool landing;
+    std::size_t droppedPoints;
+    double dAlt; ///< feet per tick
+};
 
-TEST_F(Approach, FlyingAircraftWhoseTrackSaysGroundThroughoutComesDown) {
-    LiveAc& ac = onApproach();
-    for (TrackPoint& point : ac.track) {
-        point.airborne = false;
-        point.vsFpm = 0.0;
+TEST_F(Approach, FlyingAircraftWhoseTrackSaysGroundFliesOnWhereItsTrackDoes) {
+    // Points 400 ticks and 300 m apart, flown at 140 kt; 100 ft up to the first one in the air.
+    const GroundTrack table[] = {
+        {"third point flies", 12, 3, 100, false, 1, 100.0 / 833},
+        {"tenth point flies", 12, 10, 100, false, 8, 100.0 / 3749},
+        {"eleventh is too far ahead", 12, 11, 100, false, 0, 601.0 / 6000},
+        {"last one is not looked at", 4, 4, 100, false, 0, 601.0 / 6000},
+        {"climbs faster on its own", 4, 0, 900, false, 0, 900.0 / 6000},
+        {"no climb in the track", 4, 3, 25, false, 0, -601.0 / 6000},
+        {"hardly one", 4, 3, 26, false, 1, 100.0 / 833},
+        {"landing", 12, 3, 100, true, 0, -601.0 / 6000},
+    };
+    for (const GroundTrack& row : table) {
+        SCOPED_TRACE(row.name);
+        LiveAc& ac = onApproach();
+        ac.landing = row.landing;
+        ac.maxLagTicks = 9000;
+        ac.track.clear();
+        for (std::size_t i = 0; i < row.points; ++i) {
+            const auto step = static_cast<std::int32_t>(i);
+            ac.track.push_back(groundPoint(offset(onFinal, 90.0, 300.0 * step), 140, now + 400 * step));
+            ac.track.back().vsFpm = row.vsFpm;
+            if (row.airborneAt > 0 && i + 1 >= row.airborneAt) {
+                ac.track.back().airborne = true;
+                ac.track.back().altFt = ac.simState.altFt + 100.0;
+            }
+        }
+        forgetSent();
+        lf_setupAirStep(ac);
+        EXPECT_EQ(ac.track.size(), row.points - row.droppedPoints);
+        EXPECT_NEAR(ac.dAlt, row.dAlt, 1e-6);
+        EXPECT_EQ(sent(ac, simconnect::GearSet).front(), 1U);
+        if (row.droppedPoints > 0) {
+            // The leg ends at that point, not beyond it.
+            EXPECT_NEAR(ac.simState.lon + ac.dLon * lf_stepsToNext(ac), ac.track[1].lon, 1e-9);
+        } else {
+            EXPECT_NEAR(ac.vsTarget, ac.track[1].vsFpm, 1e-9);
+            EXPECT_NEAR(ac.vsTarget, row.dAlt * 6000, 1e-6);
+        }
     }
-    lf_setupAirStep(ac);
-    EXPECT_NEAR(ac.dAlt, -601.0 / 6000.0, 1e-9);
-    EXPECT_THAT(sent(ac, simconnect::GearSet), ElementsAre(1U));
 }
 
 // ---- attitude ----
@@ -229,6 +254,16 @@ TEST_F(Approach, FeedsOwnHeadingCountsOnlyNearTheGround) {
     }
 }
 
+TEST_F(Approach, LegShowsSpeedAndClimbOfItsEnd) {
+    LiveAc& ac = onApproach();
+    ac.phase = AcPhase::Taxi;
+    ac.track[1].tasKt = 155.0;
+    nextPosMain(ac);
+    EXPECT_EQ(ac.phase, AcPhase::Air);
+    EXPECT_EQ(ac.vsTarget, -700.0);
+    EXPECT_EQ(ac.airspeedTarget, 155.0);
+}
+
 // ---- lights and configuration ----
 
 TEST_F(Approach, LightSetsChangeOnceAtTenThousandFeet) {
@@ -242,14 +277,23 @@ TEST_F(Approach, LightSetsChangeOnceAtTenThousandFeet) {
     configureByAltitude(ac);
     EXPECT_THAT(sent(ac, simconnect::BeaconLightsSet), IsEmpty());
     ac.track[0].altFt = 10000.0;
+    ac.flapsLevel = 1;
     forgetSent();
     configureByAltitude(ac);
     EXPECT_EQ(lightsSent(ac), "1100001");
     EXPECT_THAT(sent(ac, simconnect::ThrottleSet), ElementsAre(11468U));
     EXPECT_THAT(sent(ac, simconnect::GearSet), ElementsAre(0U));
+    EXPECT_THAT(sent(ac, simconnect::FlapsSet), ElementsAre(0U));
     forgetSent();
     configureByAltitude(ac);
     EXPECT_EQ(eventsSent(ac), 0U);
+    ac.track[0].altFt = 9999.0;
+    configureByAltitude(ac);
+    EXPECT_EQ(lightsSent(ac), "1111111");
+    ac.track[0].altFt = 10000.0;
+    forgetSent();
+    configureByAltitude(ac);
+    EXPECT_EQ(lightsSent(ac), "1100001") << "each time it passes";
 }
 
 TEST_F(Approach, FlapsComeOutStepByStepOnTheWayDown) {
@@ -279,25 +323,63 @@ TEST_F(Approach, FlapsComeOutStepByStepOnTheWayDown) {
     }
 }
 
-TEST_F(Approach, ClimbAboveTheThresholdEndsTheDepartureAndTakesPowerBack) {
-    LiveAc& ac = onApproach();
-    ac.departing = true;
-    ac.heightAgl = 2051.0;
-    ac.throttleLevel = 4;
-    ac.track[0].vsFpm = 1800.0;
-    configureByAltitude(ac);
-    EXPECT_FALSE(ac.departing);
-    EXPECT_THAT(sent(ac, simconnect::ThrottleSet), ElementsAre(11468U));
-    EXPECT_THAT(sent(ac, simconnect::CabinLightsSet), ElementsAre(1U));
+TEST_F(Approach, AboveTheThresholdManoeuvresEndAndPowerFollowsTheClimb) {
+    struct {
+        double vsFpm;
+        int throttle;
+        int after;
+    } const table[] = {{-250, 3, 2}, {-249, 3, 3}, {-900, 4, 4}, {401, 4, 3}, {400, 4, 4}, {900, 3, 3}};
+    for (const auto& row : table) {
+        LiveAc& ac = onApproach();
+        ac.departing = true;
+        ac.landing = true;
+        ac.heightAgl = 2051.0;
+        ac.maxLagTicks = 5000;
+        ac.throttleLevel = row.throttle;
+        ac.track[0].vsFpm = row.vsFpm;
+        configureByAltitude(ac);
+        EXPECT_FALSE(ac.departing);
+        EXPECT_FALSE(ac.landing);
+        EXPECT_EQ(ac.maxLagTicks, 4900);
+        EXPECT_EQ(ac.throttleLevel, row.after) << row.vsFpm;
+        EXPECT_THAT(sent(ac, simconnect::CabinLightsSet), ElementsAre(1U));
+        EXPECT_THAT(sent(ac, simconnect::GearSet), IsEmpty());
+        ac.heightAgl = 2400.0;
+        configureByAltitude(ac);
+        EXPECT_THAT(sent(ac, simconnect::GearSet), ElementsAre(0U));
+    }
+}
+
+TEST_F(Approach, JetsBeginTheirApproachHigherThanTheOthers) {
+    world.openAirport();
+    for (const auto& [type, agl] : {std::pair{"A320", 2050.0},
+                                    {"B77W", 2050.0},
+                                    {"C56X", 2050.0},
+                                    {"C172", 625.0},
+                                    {"F16", 625.0},
+                                    {"EC35", 625.0}}) {
+        for (const double above : {0.0, 0.1}) {
+            LiveAc& ac = onApproach(type);
+            ac.heightAgl = agl + above;
+            configureByAltitude(ac);
+            EXPECT_EQ(ac.landing, above == 0.0) << type;
+        }
+    }
 }
 
 TEST_F(Approach, DescentNearTheParkAirportBecomesALanding) {
     world.openAirport();
     LiveAc& ac = onApproach();
     ac.sid = 7;
+    ac.standLat = ac.standLon = ac.standHeading = 1.0;
+    ac.standCargo = true;
+    ac.groundCountdown = -400;
     ac.goAroundDone = true;
     ac.track[0].vsFpm = -250.0;
     configureByAltitude(ac);
+    EXPECT_EQ(ac.standLat + ac.standLon + ac.standHeading, 0.0);
+    EXPECT_FALSE(ac.standCargo);
+    EXPECT_EQ(ac.groundCountdown, 1) << "or its touchdown would not be noticed";
     EXPECT_TRUE(ac.landing);
     EXPECT_FALSE(ac.goAroundDone);
     EXPECT_EQ(ac.sid, 0U);
@@ -335,9 +417,14 @@ TEST_F(Approach, GoAroundIsConfiguredOnce) {
     ac.landing = true;
     ac.flareStage = 2;
     ac.flapsLevel = 3;
+    ac.maxLagTicks = 3000;
+    ac.track[0].vsFpm = 600.0;
+    configureByAltitude(ac);
+    EXPECT_TRUE(ac.landing);
     ac.track[0].vsFpm = 601.0;
     configureByAltitude(ac);
     EXPECT_FALSE(ac.landing);
+    EXPECT_EQ(ac.maxLagTicks, 2900);
     EXPECT_EQ(ac.flareStage, 0);
     EXPECT_THAT(sent(ac, simconnect::ThrottleSet), ElementsAre(16383U));
     EXPECT_THAT(sent(ac, simconnect::GearSet), ElementsAre(0U));
@@ -360,6 +447,40 @@ TEST_F(Approach, LandingFarFromTheParkAirportIsBrokenOff) {
     configureByAltitude(ac);
     EXPECT_FALSE(ac.landing);
     EXPECT_TRUE(ac.goAroundDone);
+    EXPECT_THAT(sent(ac, simconnect::GearSet), ElementsAre(0U));
+    ac.landing = true;
+    forgetSent();
+    configureByAltitude(ac);
+    EXPECT_THAT(sent(ac, simconnect::GearSet), IsEmpty()) << "once";
+}
+
+TEST_F(Approach, HelicopterHasNeitherGearNorFlapsNorSpoilersAndKeepsItsPower) {
+    world.openAirport();
+    LiveAc& ac = onApproach("EC35");
+    ac.heightAgl = 500.0;
+    const auto at = [&](double agl, double vsFpm) {
+        ac.heightAgl = agl;
+        ac.track[0].vsFpm = vsFpm;
+        configureByAltitude(ac);
+    };
+    at(500, -300);
+    ASSERT_TRUE(ac.landing);
+    at(500, 700);
+    ASSERT_TRUE(ac.goAroundDone);
+    at(2450, -300);
+    at(500, -300);
+    lf_touchDown(ac);
+    lf_setupGroundStep(ac);
+    ac.simState.heading += 0.5;
+    lf_setupGroundStep(ac);
+    ASSERT_FALSE(ac.rollingOut);
+    EXPECT_THAT(sent(ac, simconnect::ThrottleSet), ElementsAre(16383U));
+    lf_startDeparture(ac);
+    lf_takeOff(ac);
+    for (const std::uint32_t event : {simconnect::GearSet, simconnect::FlapsSet, simconnect::SpoilersSet}) {
+        EXPECT_THAT(sent(ac, event), IsEmpty());
+    }
+    EXPECT_EQ(ac.flapsLevel, flapsNotSent);
 }
 
 TEST_F(Approach, ThrottleAndFlapsAreNotSentAgain) {
@@ -453,11 +574,17 @@ TEST_F(Approach, TouchdownLowersTheNoseAndBeginsTheRollout) {
     ac.simState.pitch = -4.0 * radPerDeg;
     ac.simState.bank = 0.02;
     ac.staticPitch = 0.5 * radPerDeg;
+    ac.dAlt = -0.1;
+    ac.groundCountdown = -10;
     lf_touchDown(ac);
     EXPECT_TRUE(ac.onGround);
     EXPECT_TRUE(ac.rollingOut);
     EXPECT_TRUE(ac.landed);
     EXPECT_FALSE(ac.landing);
+    EXPECT_EQ(ac.touchdownHeading, ac.simState.heading);
+    EXPECT_EQ(ac.dAlt, 0.0);
+    EXPECT_EQ(ac.groundCountdown, 1);
+    EXPECT_THAT(spawnedIds, ElementsAre(ac.hexid));
     EXPECT_THAT(sent(ac, simconnect::SpoilersSet), ElementsAre(16383U));
     double last = ac.simState.pitch;
     for (int tick = 0; tick < 350 + 2; ++tick) {
@@ -532,7 +659,10 @@ TEST_F(Approach, RolloutCleansUpAsItSlowsAndEndsWhenTheRunwayIsLeft) {
     ac.simState.heading -= 15.1 * radPerDeg;
     lf_rollout(ac);
     EXPECT_FALSE(ac.rollingOut);
+    EXPECT_EQ(ac.touchdownHeading, 0.0);
     EXPECT_EQ(ac.flapsLevel, 0);
+    EXPECT_EQ(ac.throttleLevel, 0);
+    EXPECT_THAT(sent(ac, simconnect::SpoilersSet), ElementsAre(0U, 0U));
     EXPECT_EQ(lightsSent(ac), "1101011");
 }
 

@@ -71,8 +71,8 @@ TEST_F(DeadReckoning, CoastingIsRefusedWhereTheAircraftWouldNotBeShown) {
         bool closeMode;
         bool coasts;
     } const table[] = {{"near", 20, false, true},
-                       {"just inside the range", 72, false, true},
-                       {"within half a mile of its end", 73.5, false, false},
+                       {"just inside the range", 73.0, false, true}, // 39.5 nm are 73.15 km
+                       {"within half a mile of its end", 73.3, false, false},
                        {"only the airport is shown", 20, true, false}};
     for (const auto& row : table) {
         world.placeUser(offset(place, 180.0, row.userKm * 1000.0), true);
@@ -112,8 +112,11 @@ TEST_F(DeadReckoning, SilentApproachDescendsToTheGroundAndKeepsItsLastSpeed) {
     EXPECT_TRUE(ac.track.back().airborne);
     EXPECT_EQ(ac.track.back().vsFpm, -667.0);
     ac.track.erase(ac.track.begin());
+    lf_deadReckon(ac, 4);
+    EXPECT_NEAR(ac.track.back().gsKt, 162.0, 1e-9);
+    ac.track.erase(ac.track.begin());
     lf_deadReckon(ac, 3);
-    EXPECT_NEAR(ac.track.back().gsKt, 180.0, 1e-9);
+    EXPECT_NEAR(ac.track.back().gsKt, 162.0, 1e-9);
     EXPECT_EQ(ac.track.back().altFt, 0.0);
     EXPECT_FALSE(ac.track.back().airborne);
 }
@@ -172,6 +175,27 @@ TEST_F(DeadReckoning, SilentTaxiWaitsAsLongAsItMay) {
     EXPECT_EQ(flown.ac().reason, Reason::HeldTooLong);
 }
 
+TEST_F(DeadReckoning, WaitIsExtendedByThreeSecondsAtATimeAndARollGoesOnForTen) {
+    LiveAc& ac = onGround(AcPhase::Taxi, 8);
+    ASSERT_TRUE(lf_extendTrack(ac));
+    const TrackPoint& held = ac.track.back();
+    EXPECT_EQ(held.dueTick, now + 300);
+    EXPECT_EQ(held.position(), place);
+    EXPECT_EQ(held.gsKt, 0.0);
+    EXPECT_TRUE(held.stationary);
+    EXPECT_EQ(ac.reckonLeft, 1);
+    EXPECT_EQ(ac.holdStartTick, now);
+
+    LiveAc& rolling = onGround(AcPhase::Taxi, 120);
+    rolling.departing = true;
+    ASSERT_TRUE(lf_extendTrack(rolling));
+    EXPECT_EQ(rolling.reckonLeft, 10);
+    rolling.reckonLeft = 1;
+    EXPECT_FALSE(lf_extendTrack(rolling));
+    EXPECT_EQ(rolling.reckonLeft, -1) << "nothing more is invented";
+    EXPECT_FALSE(lf_extendTrack(rolling));
+}
+
 TEST_F(DeadReckoning, WaitingAircraftMakesWayForAnotherThatTaxiesBy) {
     struct {
         const char* name;
@@ -192,6 +216,7 @@ TEST_F(DeadReckoning, WaitingAircraftMakesWayForAnotherThatTaxiesBy) {
         world.addLive("SWR2", row.state, row.phase, {groundPoint(by, 8, now)});
         EXPECT_EQ(lf_extendTrack(ac), !row.goes) << row.name;
         EXPECT_EQ(ac.holding, !row.goes) << row.name;
+        EXPECT_EQ(ac.holdStartTick, row.goes ? 0 : now - 100) << row.name;
         EXPECT_EQ(ac.reason == Reason::TaxiNeighbourClose, row.goes) << row.name;
     }
 }

@@ -167,6 +167,7 @@ TEST_F(Identity, FlipToAGhostOfAPresentTargetIsDropped) {
     addFlying("SWR200");
     LiveAc& ac = addFlying("SWR100");
     EXPECT_FALSE(lf_updateIdentity(ac, feedMessage({.callsign = "SWR200_"})));
+    EXPECT_EQ(ac.callsign, "SWR200_");
     EXPECT_EQ(ac.state, AcState::Live) << "it keeps going on the points it has";
     EXPECT_EQ(ac.reason, Reason::GhostOfPresentTarget);
 
@@ -199,9 +200,11 @@ TEST_F(Identity, RespawnInFlightGoesOnWhereItWas) {
     ac.simState.heading = 2.0;
     ac.simState.bank = 0.1;
     const std::uint32_t oldObject = ac.objectId;
+    ac.track.front().stationary = true;
     liveryRespawn(ac);
     EXPECT_EQ(ac.state, AcState::Respawning);
     ASSERT_EQ(ac.track.size(), 3U);
+    EXPECT_FALSE(ac.track[1].stationary) << "it goes on from where it is shown";
     EXPECT_EQ(ac.track.front().position(), (LatLon{47.61, 8.33}));
     EXPECT_EQ(ac.track.front().altFt, 5500.0);
     EXPECT_EQ(ac.track.front().roll, 0.1);

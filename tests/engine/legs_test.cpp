@@ -2,6 +2,7 @@
 
 #include "engine/legs.h"
 
+#include "engine/airleg.h"
 #include "engine/flown.h"
 #include "engine/prediction.h"
 #include "engine/tables.h"
@@ -77,6 +78,45 @@ TEST_F(Legs, ReplayMayLeaveTheFeedsTimeOnlyWithinTheDriftLimits) {
         ac.reckonLeft = row.reckonLeft;
         lf_setDueTick(ac, row.ticks);
         EXPECT_EQ(ac.track[1].dueTick - now, row.due) << row.name;
+    }
+}
+
+TEST_F(Legs, FlightLegTakesTheTimeOfItsSpeed) {
+    struct {
+        const char* name;
+        bool landing;
+        bool ontoGround;
+        double frontKt;
+        double secondKt;
+        std::int32_t ticks; ///< for a nautical mile
+    } const table[] = {{"mean of both ends", false, false, 200, 220, 1714},
+                       {"on an approach too", true, false, 200, 220, 1714},
+                       {"onto the ground without one", false, true, 140, 60, 3600},
+                       {"last leg of an approach", true, true, 140, 60, 2571},
+                       {"last leg without a speed", true, true, 0, 60, 3600}};
+    for (const auto& row : table) {
+        LiveAc& ac = flying({airPoint(start, 900, row.frontKt, now),
+                             airPoint(offset(start, 0.0, metresPerNm), 900, row.secondKt, now + 3000)});
+        ac.landing = row.landing;
+        ac.track[1].airborne = !row.ontoGround;
+        ac.maxLeadTicks = ac.maxLagTicks = 3000;
+        nextPosAir(ac);
+        EXPECT_NEAR(ac.track[1].dueTick - now, row.ticks, 2) << row.name;
+    }
+}
+
+TEST_F(Legs, StandingLegMovesNothingAndCalmsTheDriftLimits) {
+    for (const bool departing : {false, true}) {
+        LiveAc& ac = world.addLive("SWR1", AcState::Live, AcPhase::Taxi,
+                                   {groundPoint(start, 5, now), groundPoint(start, 0, now + 500)});
+        ac.departing = departing;
+        ac.dLat = ac.dLon = 1e-6;
+        ac.maxLagTicks = 3000;
+        nextPosMain(ac);
+        EXPECT_TRUE(ac.track.front().stationary);
+        EXPECT_EQ(ac.dLat, 0.0);
+        EXPECT_EQ(ac.dLon, 0.0);
+        EXPECT_EQ(ac.maxLagTicks, departing ? 3000 : 2900);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "engine/takeoff.h"
 
+#include "engine/curves.h"
 #include "engine/flown.h"
 #include "engine/groundleg.h"
 #include "engine/legs.h"
@@ -195,15 +196,30 @@ TEST_F(TakeOff, DepartureSetsPowerByTheSpeedOfTheRoll) {
 TEST_F(TakeOff, DepartureIsAnnouncedByLightsFlapsAndWideDriftLimits) {
     LiveAc& ac = rolling(100, 0, false);
     ac.departing = false;
-    ac.landed = true;
+    ac.landing = ac.landed = ac.goAroundDone = true;
+    ac.throttleLevel = 4;
     lf_startDeparture(ac);
     EXPECT_TRUE(ac.departing);
+    EXPECT_FALSE(ac.landing);
     EXPECT_FALSE(ac.landed);
+    EXPECT_FALSE(ac.goAroundDone);
+    EXPECT_THAT(sent(ac, simconnect::ThrottleSet), ElementsAre(0U));
     EXPECT_EQ(lightsSent(ac), "1111110");
     EXPECT_THAT(sent(ac, simconnect::FlapsSet), ElementsAre(3072U));
     EXPECT_THAT(sent(ac, simconnect::SpoilersSet), ElementsAre(0U));
     EXPECT_EQ(ac.maxLagTicks, 5000);
     EXPECT_EQ(ac.maxLeadTicks, 3000);
+}
+
+TEST_F(TakeOff, RotationOutOfACurveIsADepartureStraightAhead) {
+    LiveAc& ac = rolling(160, 0, true);
+    ac.departing = false;
+    ac.curveEndNorth = ac.curveEndEast = ac.curveControlNorth = ac.curveControlEast = 10.0;
+    lf_takeOff(ac);
+    EXPECT_FALSE(curveActive(ac));
+    EXPECT_TRUE(ac.departing);
+    EXPECT_EQ(ac.maxLagTicks, 5000);
+    EXPECT_EQ(ac.groundCountdown, ac.rotateTicks);
 }
 
 TEST_F(TakeOff, TouchAndGoFliesAgainWithFullPower) {
@@ -214,16 +230,36 @@ TEST_F(TakeOff, TouchAndGoFliesAgainWithFullPower) {
     ac.landed = true;
     ac.flaring = true;
     ac.flareStage = 4;
-    ac.track.back().airborne = true;
+    ac.landing = true;
+    ac.goAroundDone = true;
+    ac.throttleLevel = 0;
+    ac.flapsLevel = 3;
+    ac.simState.bank = ac.dBank = ac.dHeading = 0.01;
+    forgetSent();
     TrackPoint up =
         airPoint(offset(airportPlace, rollHeadingDeg, 1300.0), airportElevationFt + 300, 150, now + 1700);
     up.vsFpm = 900.0;
     lf_addPosition(ac, up);
     EXPECT_TRUE(ac.departing);
     EXPECT_EQ(ac.phase, AcPhase::Taxi);
+    EXPECT_FALSE(ac.landing);
+    EXPECT_FALSE(ac.landed);
+    EXPECT_FALSE(ac.goAroundDone);
+    EXPECT_EQ(ac.maxLagTicks, 5000);
+    EXPECT_EQ(ac.maxLeadTicks, 3000);
+    EXPECT_EQ(lightsSent(ac), "1111110");
     EXPECT_THAT(sent(ac, simconnect::ThrottleSet), ElementsAre(11468U));
+    EXPECT_THAT(sent(ac, simconnect::SpoilersSet), ElementsAre(16383U));
+    EXPECT_THAT(sent(ac, simconnect::FlapsSet), ElementsAre(3072U));
+    ac.landing = ac.landed = true;
+    ac.flapsLevel = 3;
     forgetSent();
     checkTakeOff(ac);
+    EXPECT_FALSE(ac.landing);
+    EXPECT_THAT(sent(ac, simconnect::FlapsSet), ElementsAre(3072U));
+    EXPECT_EQ(ac.simState.bank, 0.0);
+    EXPECT_EQ(ac.dBank, 0.0);
+    EXPECT_EQ(ac.dHeading, 0.0) << "it keeps to the runway";
     EXPECT_EQ(ac.phase, AcPhase::TakeOff);
     EXPECT_FALSE(ac.rollingOut);
     EXPECT_FALSE(ac.landed);

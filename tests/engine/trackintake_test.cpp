@@ -71,7 +71,7 @@ struct Jitter {
 
 TEST_F(TrackIntake, JitterFilterTellsStandingFromRolling) {
     const Jitter table[] = {
-        {"taxi, same place", false, 10, 0, 0, false, true},
+        {"taxi, same place", false, 10, 0, 5, false, true},
         {"roll, same place and fast", true, 30, 0, 60, false, false},
         {"roll, same place, slow before", true, 29, 0, 60, false, true},
         {"roll, same place and stopped", true, 60, 0, 0, false, true},
@@ -93,6 +93,9 @@ TEST_F(TrackIntake, JitterFilterTellsStandingFromRolling) {
         TrackPoint msg = groundPoint(next, row.gsKt, now + 500);
         msg.airborne = row.airborne;
         EXPECT_EQ(lf_filterPosition(ac, msg), row.accepted) << row.name;
+        if (row.accepted && row.metres < 100) {
+            EXPECT_EQ(msg.gsKt, 0.0) << row.name << ": what stands has no speed";
+        }
     }
 }
 
@@ -170,10 +173,9 @@ struct Stop {
 };
 
 TEST_F(TrackIntake, ReplayHaltsOnlyForARealStop) {
-    const Stop table[] = {{"14 s", 14, 30, false},
-                          {"15 s", 15, 30, true},
-                          {"20 s, 30 m on", 20, 30, true},
-                          {"20 s, 10 m on", 20, 10, false}};
+    const Stop table[] = {{"14 s", 14, 30, false},         {"15 s", 15, 30, true},
+                          {"20 s, 23 m on", 20, 23, true}, {"20 s, 21 m on", 20, 21, false},
+                          {"20 s, 30 m on", 20, 30, true}, {"20 s, 10 m on", 20, 10, false}};
     for (const Stop& row : table) {
         for (const int points : {1, 2, 5}) {
             const LatLon stop = offset(place, 90, 200);
@@ -210,8 +212,10 @@ TEST_F(TrackIntake, MovingOnTakesAShortStopOutOfTheTrack) {
 
 TEST_F(TrackIntake, StandingAircraftTakesItsNewPointWithoutWaiting) {
     LiveAc& ac = taxiing({standing(place, now + 5000)});
+    ac.track.front().gsKt = 4.0;
     lf_addPosition(ac, groundPoint(place, 0, now + 6000));
     ASSERT_EQ(ac.track.size(), 2U);
+    EXPECT_EQ(ac.track.front().gsKt, 0.0);
     EXPECT_EQ(ac.track.front().dueTick, now + 1);
 }
 
@@ -278,6 +282,21 @@ TEST_F(TrackIntake, LandingAircraftDoesNotSpeedUp) {
     ac.track.back().gsKt = 20.0;
     lf_addPosition(ac, airPoint(offset(place, 90, 600), 860, 40, now + 1000));
     EXPECT_EQ(ac.track.back().gsKt, 40.0) << "but it may taxi off the runway";
+    lf_addPosition(ac, airPoint(offset(place, 90, 900), 860, 41, now + 1500));
+    EXPECT_EQ(ac.track.back().gsKt, 40.0);
+}
+
+TEST_F(TrackIntake, LandingAircraftGoesOnAfterASilenceAndMayBeTakenBackToAPointItHas) {
+    LiveAc& ac =
+        flying({airPoint(place, 900, 140, now), airPoint(offset(place, 90, 400), 800, 140, now + 500)});
+    ac.landing = true;
+    ac.reckonLeft = 3;
+    lf_addPosition(ac, airPoint(place, 790, 140, now + 1500));
+    EXPECT_EQ(ac.reckonLeft, 0);
+    EXPECT_EQ(ac.maxLeadTicks, 3000);
+    EXPECT_EQ(ac.maxLagTicks, 3000);
+    ASSERT_EQ(ac.track.size(), 2U) << "the one passed is dropped";
+    EXPECT_TRUE(ac.track.back().stationary);
 }
 
 // ---- data after a silence ----
@@ -312,6 +331,7 @@ TEST_F(TrackIntake, HoldingAircraftIsRemovedWhenTheFeedShowsItElsewhere) {
         lf_addPosition(ac, groundPoint(offset(place, 90, metres), 8, now + 900));
         EXPECT_EQ(ac.state == AcState::Removing, removed) << metres;
         EXPECT_EQ(ac.reason == Reason::HoldingLeftBehind, removed) << metres;
+        EXPECT_FALSE(ac.holding) << metres;
     }
 }
 
@@ -376,12 +396,18 @@ TEST_F(TrackIntake, PushedAircraftWaitsUntilTheFeedMovesOff) {
     ac.phase = AcPhase::AfterPush;
     ac.moveOffRef = 900.0;
     ac.sid = 3;
+    ac.standLat = ac.standLon = ac.standHeading = 1.0;
+    ac.standCargo = ac.pushKnown = true;
+    ac.pushStep = 1;
     ac.reckonLeft = 1;
     const double span = ac.halfSpanNm * metresPerNm;
     lf_addPosition(ac, groundPoint(offset(place, 0, span * 3.0), 3, now + 3000));
     EXPECT_EQ(ac.phase, AcPhase::AfterPush) << "the first distance is only remembered";
     EXPECT_TRUE(ac.holding);
+    EXPECT_EQ(ac.holdStartTick, now);
+    world.setTick(now + 500);
     lf_addPosition(ac, groundPoint(offset(place, 0, span * 2.7), 3, now + 3500));
+    EXPECT_EQ(ac.holdStartTick, now) << "it has waited since then";
     EXPECT_EQ(ac.phase, AcPhase::AfterPush) << "nearer";
     TrackPoint backwards = groundPoint(offset(place, 0, span * 2.8), 3, now + 3700);
     backwards.heading = pi;
@@ -390,10 +416,17 @@ TEST_F(TrackIntake, PushedAircraftWaitsUntilTheFeedMovesOff) {
     lf_addPosition(ac, groundPoint(offset(place, 0, span * 2.9), 3, now + 4000));
     EXPECT_EQ(ac.phase, AcPhase::Taxi);
     EXPECT_EQ(ac.sid, 0U);
+    EXPECT_EQ(ac.standLat + ac.standLon + ac.standHeading, 0.0);
+    EXPECT_FALSE(ac.standCargo);
+    EXPECT_FALSE(ac.pushKnown);
+    EXPECT_EQ(ac.pushStep, 0U);
     EXPECT_FALSE(ac.holding);
+    EXPECT_EQ(ac.holdStartTick, 0);
     EXPECT_EQ(ac.reckonLeft, 0);
-    EXPECT_EQ(ac.track.front().dueTick, now + 1);
-    EXPECT_EQ(ac.track.size(), 2U);
+    EXPECT_EQ(ac.maxLagTicks, 3000);
+    EXPECT_EQ(ac.track.front().dueTick, now + 501);
+    ASSERT_EQ(ac.track.size(), 2U);
+    EXPECT_FALSE(ac.track.back().stationary);
 }
 
 TEST_F(TrackIntake, WaitingAircraftDoesNotTurnRoundForANearPositionBehindIt) {
