@@ -514,6 +514,17 @@ void ApronFigures::add(const ApronScene& scene, const PlayedApron& played) {
     OverlapWatch(*this, scene, played).watch();
 }
 
+double badness(const ApronFigures& figures) {
+    constexpr double fault = 100.0;
+    double bad = figures.stages[static_cast<std::size_t>(ApronStage::Taxi)].worstFromLineM;
+    for (const StandStop& stop : figures.stops) {
+        bad += stop.stays && stop.fromStandM <= parkedWithinM && stop.headingOffDeg <= parkedWithinDeg
+                   ? 0.0
+                   : fault;
+    }
+    return bad;
+}
+
 std::string pathsOf(const PlayedApron& played) {
     std::string out = "at,callsign,lat,lon,heading_deg,phase,stand,rolling,no_data,turn_share,from_line_m\n";
     for (const PlayedAircraft& one : played.aircraft) {

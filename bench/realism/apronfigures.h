@@ -69,6 +69,10 @@ struct ApronFigures {
 
 std::string tableOf(ApronFigures& figures);
 
+/// How badly a scene goes, to find the worst: its farthest from the recorded line while it taxies, metres,
+/// and 100 for each stop that does not end on its stand.
+double badness(const ApronFigures& figures);
+
 /// Every sample of a scene as CSV, for a look at a single aircraft.
 std::string pathsOf(const PlayedApron& played);
 

@@ -1,6 +1,6 @@
 // bench_realism: how well the program flies recorded flights. See --help.
 
-#include "bench/realism/apronfigures.h"
+#include "bench/realism/apronpage.h"
 #include "bench/realism/figures.h"
 #include "core/reasoncounts.h"
 #include "support/places.h"
@@ -29,8 +29,11 @@ constexpr std::string_view helpText =
     "  --only TEXT   only flights (file, callsign@second) and scenes (file@second ICAO) whose name contains "
     "it\n"
     "  --list        a line for each flight\n"
-    "  --page FILE   a page with the worst flight, or with the only one\n"
-    "  --path FILE   its path as CSV, a line for each tenth of a second\n";
+    "  --page FILE   a page with the worst flight, or with the only one; beside it, named FILE-apron, or "
+    "alone\n"
+    "                with --apron, one with the worst scene\n"
+    "  --path FILE   its path as CSV, a line for each tenth of a second; with --apron the paths of the "
+    "scene\n";
 
 struct Options {
     std::filesystem::path tracks = test::sourceFolder() / "data/tracks";
@@ -261,8 +264,21 @@ int runFlights(const Options& options) {
     return worst == nullptr ? 1 : 0;
 }
 
+/// Where the page of the airports goes: beside that of the flights when there are both.
+std::filesystem::path apronPage(const Options& options) {
+    std::filesystem::path page = options.page;
+    if (!page.empty() && options.flights) {
+        page.replace_filename(page.stem().string() + "-apron" + page.extension().string());
+    }
+    return page;
+}
+
 int runApron(const Options& options) {
     ApronFigures figures;
+    std::string worstPage;
+    std::string worstPaths;
+    std::string worstName;
+    double worstBadness = -1.0;
     for (const ApronScene& scene :
          readApronScenes(options.tracks, options.stands, test::sourceFolder() / "data")) {
         if (scene.name.find(options.only) == std::string::npos) {
@@ -270,16 +286,25 @@ int runApron(const Options& options) {
         }
         const PlayedApron played = playApron(scene, options.stands);
         figures.add(scene, played);
-        if (!options.path.empty() && !options.flights) {
-            writeText(options.path, pathsOf(played));
+        ApronFigures own;
+        own.add(scene, played);
+        if (badness(own) > worstBadness) {
+            worstBadness = badness(own);
+            worstName = scene.name;
+            worstPage = options.page.empty() ? "" : pageOf(scene, played);
+            worstPaths = options.path.empty() || options.flights ? "" : pathsOf(played);
         }
         if (options.list) {
-            ApronFigures own;
-            own.add(scene, played);
             fmt::print("== {}, {:.0f} s\n{}\n", scene.name, played.end, tableOf(own));
         }
     }
-    fmt::print("\n{}", tableOf(figures));
+    fmt::print("\n{}\nworst scene: {}\n", tableOf(figures), worstName);
+    if (!worstPage.empty()) {
+        writeText(apronPage(options), worstPage);
+    }
+    if (!worstPaths.empty()) {
+        writeText(options.path, worstPaths);
+    }
     return figures.scenes == 0 ? 1 : 0;
 }
 

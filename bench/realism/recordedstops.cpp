@@ -11,6 +11,7 @@ namespace {
 constexpr double shortestStopS = 20.0;
 constexpr double spotM = 18.0;
 constexpr double stoppingKt = 1.0;
+constexpr double cameFromM = 85.0; ///< farther than a push back from the next stand
 
 using Points = std::vector<tool::TrackPoint>;
 
@@ -32,8 +33,8 @@ std::vector<RecordedStop> stopsOf(const Points& line) {
         const auto behind = std::find_if(first, line.end(), [&](const tool::TrackPoint& point) {
             return !point.onGround || tool::metresBetween(point.position, first->position) > spotM;
         });
-        const bool comesToEnd =
-            first != line.begin() && behind == line.end() && line.back().gsKt <= stoppingKt;
+        const bool comesToEnd = behind == line.end() && line.back().gsKt <= stoppingKt &&
+                                tool::metresBetween(line.front().position, line.back().position) > cameFromM;
         if (behind == first || (!comesToEnd && (behind - 1)->time - first->time < shortestStopS)) {
             ++first;
             continue;

@@ -24,6 +24,7 @@ h1{font-size:22px} pre{background:#1a222b;padding:14px;border-radius:8px;overflo
 svg{background:#0b0f14;border-radius:8px;max-width:100%;height:auto}
 table{border-collapse:collapse} td,th{padding:3px 12px;text-align:right;border-bottom:1px solid #27313b}
 td:nth-child(-n+3),th:nth-child(-n+3){text-align:left} .told{stroke:#5b6875;stroke-width:3;fill:none;opacity:.55}
+.stand{stroke:#3f6f8f;stroke-width:1;fill:none} .small{font-size:6px}
 .flown{stroke-width:1.6;fill:none} text{font:11px system-ui,sans-serif;fill:#aab6c1}
 </style></head><body>
 )";
@@ -76,6 +77,9 @@ public:
     double width() const { return width_; }
     double height() const { return height_; }
     double nmLength(double nm) const { return nm / 60.0 * perDegree_; }
+    bool shows(LatLon point) const {
+        return point.lat >= south_ && point.lat <= north_ && point.lon >= west_ && point.lon <= east_;
+    }
 
     /// A polyline through every point that is at least `apart` seconds after the one before it.
     std::string line(const std::vector<TrackPoint>& points, double apart, std::string_view style) const {
@@ -116,10 +120,39 @@ int hueOf(std::string_view name) {
     return static_cast<int>(sum % 360U);
 }
 
-std::string mapOf(const Measured& measured) {
+std::string standsOf(const Map& map, const std::vector<DrawnStand>& stands) {
+    std::string out;
+    for (const DrawnStand& stand : stands) {
+        if (!map.shows(stand.position)) {
+            continue;
+        }
+        const double x = map.x(stand.position);
+        const double y = map.y(stand.position);
+        const double radius = map.nmLength(stand.radiusM * nmPerMetre);
+        out += fmt::format("<g class=\"stand\"><title>{0}</title><circle cx=\"{1:.1f}\" cy=\"{2:.1f}\" "
+                           "r=\"{3:.1f}\"/><path d=\"M{1:.1f},{2:.1f} L{4:.1f},{5:.1f}\"/></g>"
+                           "<text class=\"small\" x=\"{1:.1f}\" y=\"{2:.1f}\">{0}</text>\n",
+                           escaped(stand.id), x, y, radius, x + radius * std::sin(stand.headingRad),
+                           y - radius * std::cos(stand.headingRad));
+    }
+    return out;
+}
+
+std::string scaleOf(const Map& map) {
+    double scaleNm = 10.0;
+    while (map.nmLength(scaleNm) > mapWidth / 2.0) {
+        scaleNm /= 10.0;
+    }
+    return fmt::format("<line x1=\"20\" x2=\"{0:.1f}\" y1=\"{1:.1f}\" y2=\"{1:.1f}\" stroke=\"#aab6c1\"/>"
+                       "<text x=\"20\" y=\"{2:.1f}\">{3:g} nm</text></svg>\n",
+                       20.0 + map.nmLength(scaleNm), map.height() - 10.0, map.height() - 14.0, scaleNm);
+}
+
+std::string mapOf(const Measured& measured, const std::vector<DrawnStand>& stands = {}) {
     const Map map(measured);
     std::string out = fmt::format("<svg viewBox=\"0 0 {:.0f} {:.0f}\" width=\"{:.0f}\" role=\"img\">\n",
                                   map.width(), map.height(), map.width());
+    out += standsOf(map, stands);
     for (const ObjectFigures& figures : measured.byObject) {
         out += map.line(figures.target->points, 0.0, "class=\"told\"") + "\n";
     }
@@ -135,12 +168,7 @@ std::string mapOf(const Measured& measured) {
                            map.x(end.position), map.y(end.position), hue, map.x(end.position) + 5.0,
                            escaped(object.tailNumber));
     }
-    const double scaleNm = map.nmLength(10.0) > mapWidth / 2.0 ? 1.0 : 10.0;
-    out += fmt::format("<line x1=\"20\" x2=\"{:.1f}\" y1=\"{:.1f}\" y2=\"{:.1f}\" stroke=\"#aab6c1\"/>"
-                       "<text x=\"20\" y=\"{:.1f}\">{:.0f} nm</text></svg>\n",
-                       20.0 + map.nmLength(scaleNm), map.height() - 10.0, map.height() - 10.0,
-                       map.height() - 14.0, scaleNm);
-    return out;
+    return out + scaleOf(map);
 }
 
 std::string rowsOf(const Measured& measured) {
@@ -229,6 +257,17 @@ std::string flightPageOf(const Measured& measured, const std::string& title, con
     out += fmt::format("<h1>{}</h1><pre>{}</pre>\n", escaped(title), escaped(figures));
     out += "<p>Grey: the recorded line. Coloured: what was flown, 30 seconds later.</p>\n" + mapOf(measured);
     return out + "<h1>Altitude</h1>\n" + profileOf(measured) + "</body></html>\n";
+}
+
+std::string apronPageOf(const Measured& measured, const std::vector<DrawnStand>& stands,
+                        const std::string& title, const std::string& figures) {
+    std::string out(head);
+    out +=
+        fmt::format("<h1>{}</h1>\n<p>Grey: the recorded lines. Coloured: what was shown, 30 seconds later. "
+                    "Blue: the stands.</p>\n",
+                    escaped(title));
+    out += mapOf(measured, stands) + "<h1>Figures</h1><pre>" + escaped(figures) + "</pre>\n";
+    return out + "<h1>Each aircraft</h1>\n" + rowsOf(measured) + "</body></html>\n";
 }
 
 std::string pageOf(const Measured& measured) {
