@@ -1,5 +1,6 @@
 // Arrival on a stand, what a parked aircraft's positions mean, and the configuration of an object.
 
+#include "core/clock.h"
 #include "core/parameters.h"
 #include "core/random.h"
 #include "core/runstate.h"
@@ -95,6 +96,8 @@ TEST_F(ParkedAircraft, AircraftThatStandsOnItsStandAlreadyParksInPlace) {
     lf_routeToStand(ac, stand);
     EXPECT_TRUE(ac.track[1].stationary);
     Flown flown(world, ac);
+    flown.flyTo(now + 148);
+    EXPECT_EQ(flown.ac().phase, AcPhase::Parking) << "it waits a moment before it switches off";
     flown.flyTo(now + 400);
     EXPECT_EQ(flown.ac().phase, AcPhase::Parked);
     EXPECT_EQ(flown.motion().metres, 0.0);
@@ -110,6 +113,26 @@ TEST_F(ParkedAircraft, ArrivalMoreThanTwoMetresOffIsNone) {
     lf_arriveAtStand(off);
     EXPECT_EQ(off.phase, AcPhase::Taxi);
     EXPECT_FALSE(stand.liveParked);
+}
+
+TEST_F(ParkedAircraft, ArrivalIsRememberedAndHoldsTheLimit) {
+    world.openAirport();
+    nowStamp = DayHH{2, 10}.packed();
+    CUSTOM_MAX_PARK.set(1);
+    StaticAc& parked =
+        world.addStatic("DLH1*", AcState::Live, world.addStand("B28", offset(place, 90.0, 200.0)));
+    for (const bool freighterOnPassengerStand : {true, false}) {
+        LiveAc& ac = atStand(AcPhase::Parking);
+        ac.airline = "SWR";
+        ac.regcode = "HB-JLT";
+        ac.standCargo = freighterOnPassengerStand;
+        stand.liveParked = false;
+        lf_arriveAtStand(ac);
+        EXPECT_EQ(stand.options.size(), freighterOnPassengerStand ? 0U : 1U);
+        EXPECT_EQ(parked.state, freighterOnPassengerStand ? AcState::Live : AcState::Removing);
+    }
+    EXPECT_EQ(stand.options.front().day, 2);
+    EXPECT_TRUE(stand.options.front().hours.test(10));
 }
 
 TEST_F(ParkedAircraft, WhoArrivesOnATakenStandGoesAndTheFirstKeepsIt) {
@@ -143,6 +166,7 @@ TEST_F(ParkedAircraft, DriftIsToldFromMovement) {
     for (const auto& row : table) {
         LiveAc& ac = atStand(AcPhase::Parked, 0.0, row.type);
         stand.liveParked = true;
+        ac.parkedSince = 0;
         for (const double& metres : row.metres) {
             const bool last = &metres == &row.metres.back();
             EXPECT_EQ(heard(ac, metres), last && row.moves) << row.name << ", " << metres;
@@ -150,6 +174,7 @@ TEST_F(ParkedAircraft, DriftIsToldFromMovement) {
         EXPECT_EQ(ac.moveOffSeen, row.moves) << row.name;
         EXPECT_EQ(stand.liveParked, !row.moves) << row.name;
         EXPECT_TRUE(ac.feedWhileParked);
+        EXPECT_EQ(ac.parkedSince, wallTicks100ns());
     }
 }
 

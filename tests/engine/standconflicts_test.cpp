@@ -8,6 +8,7 @@
 #include "engine/groundleg.h"
 #include "engine/standconflicts.h"
 #include "engine/tables.h"
+#include "parking/reservedstand.h"
 #include "parking/stands.h"
 #include "simlink/objectcommands.h"
 #include "support/engineworld.h"
@@ -243,6 +244,9 @@ TEST_F(StandConflicts, TaxiingAircraftClaimsAStand) {
          [](LiveAc& other) { other.sid = 2, parkPositions()[1].latitude = parkPositions()[1].longitude = 0; },
          19, false, false, true, false, false},
         {"static aircraft", nothing, gone, 19, true, false, true, false, true},
+        {"reserved", [](LiveAc&) { changeReservedStand("A1"); }, gone, 19, false, false, false, false, false},
+        {"stops 36 m ahead of it", [](LiveAc& ac) { ac.simState.lat -= 36.0 / 111120.0; }, gone, 1, false,
+         false, false, false, false},
         {"the user's", nothing, nothing, 19, true, true, false, false, false},
     };
     for (const ClaimCase& entry : cases) {
@@ -252,6 +256,7 @@ TEST_F(StandConflicts, TaxiingAircraftClaimsAStand) {
         ParkPos& stand = world.addStand("A1", airportPlace);
         ParkPos& neighbour = world.addStand("A2", offset(airportPlace, 90.0, touchingM));
         stand.neighbours = {neighbour.sid};
+        stand.cargo = true;
         world.placeUser(entry.userThere ? offset(airportPlace, 270.0, 5.0) : LatLon{47.0, 8.0}, true);
         entry.live(addParked("SWR9", stand));
         if (entry.staticThere) {
@@ -265,10 +270,12 @@ TEST_F(StandConflicts, TaxiingAircraftClaimsAStand) {
         nextPosGround(ac);
         EXPECT_EQ(ac.phase, entry.claims ? AcPhase::Parking : AcPhase::Taxi);
         EXPECT_EQ(ac.sid, entry.claims ? stand.sid : 0);
+        EXPECT_EQ(ac.standCargo, entry.claims);
         EXPECT_EQ(liveAcs.front().state, entry.liveGoes ? AcState::Removing : AcState::Live);
         if (entry.staticThere) {
             EXPECT_EQ(staticAcs.front().state, entry.staticGoes ? AcState::Removing : AcState::Live);
         }
+        resetReservedStand();
     }
 }
 
@@ -334,6 +341,10 @@ TEST_F(StandConflicts, OldestStaticAircraftGoesFirstOverMidnightOfTheWeek) {
     EXPECT_EQ(monday.state, AcState::Live);
     // 4 and 6 half hours: 2.5 hours on average.
     EXPECT_FLOAT_EQ(statusValues().staticFitShown, 2.5F);
+    WEEK.set(true);
+    nowStamp = DayHH{1, 10}.packed();
+    lf_checkMaxPark(0);
+    EXPECT_FLOAT_EQ(statusValues().staticFitShown, 2.5F) << "has no meaning over a week";
 }
 
 } // namespace
