@@ -200,11 +200,15 @@ const ParkPos* standOf(const std::vector<ParkPos>& stands, std::uint32_t sid) {
     return found == stands.end() ? nullptr : &*found;
 }
 
+std::string_view refusalText(Reason reason) {
+    return reason == Reason::None ? "refused before the buffer" : reasonText(reason);
+}
+
 /// What an aircraft that should be parked does at this moment.
 std::string doingAt(const PlayedAircraft& aircraft, double at) {
     std::string out = "not shown yet";
     if (!aircraft.shown) {
-        return fmt::format("never shown: {}", reasonText(aircraft.refused));
+        return fmt::format("never shown: {}", refusalText(aircraft.refused));
     }
     for (const ApronSample& sample : aircraft.samples) {
         if (sample.at > at) {
@@ -316,15 +320,15 @@ void addOverlaps(Overlap& overlap, const Apron& apron, const std::string& scene)
     }
 }
 
-/// Overlapping wing circles through a scene: of those that move as flown, of those that move in the naive
-/// replay, and of those that are parked.
+/// Overlapping wing circles through a scene, among those that are shown at all: of those that move as flown,
+/// of those that move in the naive replay, and of those that are parked.
 class OverlapWatch {
 public:
     OverlapWatch(ApronFigures& figures, const ApronScene& scene, const PlayedApron& played)
         : figures_(figures), scene_(scene), played_(played) {
         naive_.reserve(played.aircraft.size());
         for (const PlayedAircraft& aircraft : played.aircraft) {
-            if (aircraft.type.empty() || aircraft.line.empty()) {
+            if (!aircraft.shown || aircraft.type.empty() || aircraft.line.empty()) {
                 continue;
             }
             naive_.push_back(naiveOf(aircraft.line));
@@ -483,7 +487,7 @@ std::string stopRows(const ApronFigures& figures) {
 std::string reasonRows(std::string_view name, const std::map<Reason, int>& reasons) {
     std::string out = fmt::format("{}:", name);
     for (const auto& [reason, count] : reasons) {
-        out += fmt::format(" {} {};", count, reason == Reason::None ? "no rule" : reasonText(reason));
+        out += fmt::format(" {} {};", count, refusalText(reason));
     }
     return out + "\n";
 }

@@ -24,8 +24,10 @@ constexpr double sceneRadiusM = 10.0 * metresPerNm;
 constexpr double apronRadiusM = 3.0 * metresPerNm;
 constexpr std::size_t fewestOnGround = 10;
 
+constexpr std::uint32_t firstHexidTogether = 0x300000;
+
 // What is slower and has no airline's callsign is no aircraft.
-constexpr double fastestVehicleKt = 60.0;
+constexpr double fastestVehicleKt = 80.0;
 constexpr std::size_t shortestFlightNumber = 6;
 constexpr std::size_t airlineLetters = 3;
 
@@ -152,6 +154,34 @@ std::vector<ApronScene> readApronScenes(const std::filesystem::path& tracks,
         }
     }
     return scenes;
+}
+
+std::vector<ApronScene> scenesTogether(const std::vector<ApronScene>& scenes, double everyS) {
+    std::map<std::string, ApronScene> byAirport;
+    std::map<std::string, double> nextBegin;
+    std::uint32_t hexid = firstHexidTogether;
+    for (const ApronScene& scene : scenes) {
+        ApronScene& all = byAirport[scene.airport.code];
+        all.name = "together " + scene.airport.code;
+        all.airport = scene.airport;
+        all.qnh = scene.qnh;
+        double& begin = nextBegin[scene.airport.code];
+        std::map<std::uint32_t, std::uint32_t> newIds;
+        for (TrafficReport report : scene.reports) {
+            report.at += begin;
+            const auto [id, fresh] = newIds.try_emplace(report.hexid, hexid);
+            hexid += fresh ? 1U : 0U;
+            report.hexid = id->second;
+            all.reports.push_back(std::move(report));
+        }
+        begin += everyS;
+    }
+    std::vector<ApronScene> out;
+    for (auto& [code, scene] : byAirport) {
+        std::ranges::stable_sort(scene.reports, {}, &TrafficReport::at);
+        out.push_back(std::move(scene));
+    }
+    return out;
 }
 
 } // namespace kst::bench

@@ -25,4 +25,8 @@ std::vector<ApronScene> readApronScenes(const std::filesystem::path& tracks,
                                         const std::filesystem::path& stands,
                                         const std::filesystem::path& dataFolder);
 
+/// The scenes of each airport on top of each other, one beginning every so many seconds: a crowded apron, on
+/// which aircraft of different days are in each other's way.
+std::vector<ApronScene> scenesTogether(const std::vector<ApronScene>& scenes, double everyS);
+
 } // namespace kst::bench

@@ -21,7 +21,9 @@ using namespace kst::bench;
 constexpr std::string_view helpText =
     "Plays recorded flights one after the other through the whole program in virtual time and prints how\n"
     "they were flown, beside the naive replay: straight lines between the feed's points, 30 seconds late.\n"
-    "Then plays all traffic at once round each airport whose stands are known.\n\n"
+    "Then plays all traffic at once round each airport whose stands are known: scene by scene, and the "
+    "scenes\n"
+    "of an airport on top of each other (\"together ICAO\"), one beginning every 20 seconds.\n\n"
     "  FOLDER        recorded tracks; the project's own by default\n"
     "  --stands DIR  a file of stands for each airport; the project's own by default\n"
     "  --flights     only the flights\n"
@@ -273,39 +275,71 @@ std::filesystem::path apronPage(const Options& options) {
     return page;
 }
 
-int runApron(const Options& options) {
-    ApronFigures figures;
-    std::string worstPage;
-    std::string worstPaths;
-    std::string worstName;
-    double worstBadness = -1.0;
-    for (const ApronScene& scene :
-         readApronScenes(options.tracks, options.stands, test::sourceFolder() / "data")) {
-        if (scene.name.find(options.only) == std::string::npos) {
-            continue;
-        }
-        const PlayedApron played = playApron(scene, options.stands);
-        figures.add(scene, played);
+/// Plays scenes and keeps what the worst one leaves behind.
+class ApronRun {
+public:
+    /// `leave`: whether the worst scene's page and paths are written.
+    ApronRun(const Options& options, bool leave) : options_(options), leave_(leave) {}
+
+    void play(const ApronScene& scene) {
+        const PlayedApron played = playApron(scene, options_.stands);
+        figures_.add(scene, played);
         ApronFigures own;
         own.add(scene, played);
-        if (badness(own) > worstBadness) {
-            worstBadness = badness(own);
-            worstName = scene.name;
-            worstPage = options.page.empty() ? "" : pageOf(scene, played);
-            worstPaths = options.path.empty() || options.flights ? "" : pathsOf(played);
+        if (badness(own) > worstBadness_) {
+            worstBadness_ = badness(own);
+            worst_ = scene.name;
+            page_ = !leave_ || options_.page.empty() ? "" : pageOf(scene, played);
+            paths_ = !leave_ || options_.path.empty() || options_.flights ? "" : pathsOf(played);
         }
-        if (options.list) {
+        if (options_.list) {
             fmt::print("== {}, {:.0f} s\n{}\n", scene.name, played.end, tableOf(own));
         }
     }
-    fmt::print("\n{}\nworst scene: {}\n", tableOf(figures), worstName);
-    if (!worstPage.empty()) {
-        writeText(apronPage(options), worstPage);
+
+    void report() {
+        fmt::print("\n{}\nworst scene: {}\n", tableOf(figures_), worst_);
+        if (!page_.empty()) {
+            writeText(apronPage(options_), page_);
+        }
+        if (!paths_.empty()) {
+            writeText(options_.path, paths_);
+        }
     }
-    if (!worstPaths.empty()) {
-        writeText(options.path, worstPaths);
+
+private:
+    const Options& options_;
+    bool leave_;
+    ApronFigures figures_;
+    std::string page_;
+    std::string paths_;
+    std::string worst_;
+    double worstBadness_ = -1.0;
+};
+
+int runApron(const Options& options) {
+    constexpr double everyS = 20.0;
+    std::vector<ApronScene> scenes =
+        readApronScenes(options.tracks, options.stands, test::sourceFolder() / "data");
+    std::vector<ApronScene> crowds = scenesTogether(scenes, everyS);
+    for (std::vector<ApronScene>* all : {&scenes, &crowds}) {
+        std::erase_if(*all, [&](const ApronScene& scene) {
+            return scene.name.find(options.only) == std::string::npos;
+        });
     }
-    return figures.scenes == 0 ? 1 : 0;
+    bool first = true;
+    for (const std::vector<ApronScene>* all : {&scenes, &crowds}) {
+        if (all->empty()) {
+            continue;
+        }
+        ApronRun run(options, first);
+        for (const ApronScene& scene : *all) {
+            run.play(scene);
+        }
+        run.report();
+        first = false;
+    }
+    return first ? 1 : 0;
 }
 
 } // namespace
