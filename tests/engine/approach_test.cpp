@@ -49,15 +49,37 @@ protected:
 
 TEST_F(Approach, LowPressureLegOntoTheRunwayEndsAtFieldElevation) {
     world.openAirport();
+    for (const int pressure : {1000, 1013}) {
+        qnh = pressure;
+        LiveAc& ac = onApproach();
+        ac.landing = true;
+        ac.simState.altFt = airportElevationFt + 60;
+        ac.heightAgl = 60.0;
+        ac.track[1] = groundPoint(offset(onFinal, 90.0, 350.0), 130, now + 500);
+        lf_setupAirStep(ac);
+        EXPECT_NEAR(ac.simState.altFt + ac.dAlt * lf_stepsToNext(ac), airportElevationFt, 1e-6);
+        EXPECT_THAT(sent(ac, simconnect::GearSet), ElementsAre(1U));
+    }
+}
+
+TEST_F(Approach, LegOntoAnUnknownFieldDescendsAtTheLeastRateInLowPressure) {
     qnh = 1000;
     LiveAc& ac = onApproach();
     ac.landing = true;
-    ac.simState.altFt = airportElevationFt + 60;
-    ac.heightAgl = 60.0;
-    ac.track[1] = groundPoint(offset(onFinal, 90.0, 350.0), 130, now + 500);
+    ac.track[1].airborne = false;
+    ac.track[0].vsFpm = ac.track[1].vsFpm = -900.0;
     lf_setupAirStep(ac);
-    EXPECT_NEAR(ac.simState.altFt + ac.dAlt * lf_stepsToNext(ac), airportElevationFt, 1e-6);
-    EXPECT_THAT(sent(ac, simconnect::GearSet), ElementsAre(1U));
+    EXPECT_EQ(ac.vsTarget, -601.0);
+}
+
+TEST_F(Approach, LegOffTheGroundClimbsToItsPointAndNeverSinks) {
+    for (const auto& [riseFt, step] : {std::pair{100.0, 0.2}, {900.0, 0.6}, {-100.0, 0.0}}) {
+        LiveAc& ac = onApproach();
+        ac.track[0].airborne = false;
+        ac.track[1].altFt = ac.simState.altFt + riseFt;
+        lf_setupAirStep(ac);
+        EXPECT_NEAR(ac.dAlt, step, 1e-9) << riseFt;
+    }
 }
 
 TEST_F(Approach, HighPressureLegOntoTheRunwayDescendsByRate) {
@@ -98,6 +120,13 @@ TEST_F(Approach, FlatAltitudesOfTheFeedOnShortFinalStillDescend) {
     ac.heightAgl = 1000.0;
     lf_setupAirStep(ac);
     EXPECT_NEAR(ac.dAlt, -601.0 / 6000.0, 1e-9);
+
+    LiveAc& higher = onApproach();
+    higher.landing = true;
+    higher.track[1].altFt = higher.track[0].altFt;
+    higher.heightAgl = 1000.1;
+    lf_setupAirStep(higher);
+    EXPECT_EQ(higher.dAlt, 0.0);
 
     LiveAc& climbing = onApproach();
     climbing.landing = true;
@@ -213,6 +242,8 @@ TEST_F(Approach, AircraftIsOnTheNextLegsHeadingWhenItsLegEndsAndBanksIntoTheTurn
                 airPoint(offset(corner, 110.0, 1500.0), 6000, 200, now + 3000),
                 airPoint(offset(corner, 110.0, 3000.0), 6000, 200, now + 4500)};
     ac.simState.altFt = 6000.0;
+    ac.track[1].vsFpm = 2400.0;
+    ac.simState.pitch = -3.0 * radPerDeg;
     Flown flown(world, ac, 3000.0);
     flown.reportHeights(false);
     flown.flyTo(now + 1);
@@ -221,6 +252,7 @@ TEST_F(Approach, AircraftIsOnTheNextLegsHeadingWhenItsLegEndsAndBanksIntoTheTurn
     flown.flyTo(flown.ac().track.front().dueTick - 1);
     EXPECT_NEAR(flown.ac().simState.heading * degPerRad, 110.0, 0.3);
     EXPECT_NEAR(flown.ac().simState.bank * degPerRad, -20.0, 0.3) << "right wing down in a right turn";
+    EXPECT_NEAR(flown.ac().simState.pitch * degPerRad, -11.8, 0.1) << "nose up in a climb";
 }
 
 TEST_F(Approach, BankStopsAtTheLimitOfTheSizeClass) {
@@ -489,8 +521,9 @@ TEST_F(Approach, ThrottleAndFlapsAreNotSentAgain) {
     lf_setThrottle(ac, 2);
     lf_setFlaps(ac, 1);
     lf_setFlaps(ac, 1);
+    lf_setFlaps(ac, 2);
     EXPECT_THAT(sent(ac, simconnect::ThrottleSet), ElementsAre(8191U));
-    EXPECT_THAT(sent(ac, simconnect::FlapsSet), ElementsAre(3072U));
+    EXPECT_THAT(sent(ac, simconnect::FlapsSet), ElementsAre(3072U, 10240U));
 }
 
 TEST_F(Approach, RecordWithoutAnObjectCommandsNobodyLeastOfAllTheUser) {
@@ -539,8 +572,25 @@ TEST_F(Approach, FlareBeginsByFieldElevationWhereTheReportedHeightLags) {
     lf_flare(ac);
     EXPECT_EQ(ac.flareStage, 0);
     ac.simState.altFt = airportElevationFt + 39.0;
-    lf_flare(ac);
+    ac.heightAgl = 400.1;
+    lf_stepAc(ac);
+    EXPECT_EQ(ac.flareStage, 0) << "not before the simulator has it below 400 ft";
+    ac.heightAgl = 400.0;
+    lf_stepAc(ac);
     EXPECT_EQ(ac.flareStage, 1);
+}
+
+TEST_F(Approach, SinkingAircraftWaitsOnItsWheelsForTheReportOfItsContact) {
+    LiveAc& ac = onApproach();
+    ac.cgHeightFt = 10.0;
+    ac.groundAltFt = airportElevationFt;
+    ac.heightAgl = 11.0;
+    ac.simState.altFt = airportElevationFt + 11.0;
+    ac.dAlt = -0.5;
+    for (int tick = 0; tick < 10; ++tick) {
+        lf_stepAc(ac);
+    }
+    EXPECT_NEAR(ac.simState.altFt, airportElevationFt + 9.7, 1e-9);
 }
 
 TEST_F(Approach, FlarePitchStopsAtFourDegrees) {
@@ -605,6 +655,15 @@ TEST_F(Approach, TouchdownWithTheNoseBelowRestRaisesItWithoutASnap) {
     lf_touchDown(ac);
     lf_stepAc(ac);
     EXPECT_NEAR(ac.simState.pitch * degPerRad, 2.0, 0.01);
+
+    LiveAc& atOnce = onApproach();
+    atOnce.landing = true;
+    atOnce.derotateTicks = 0;
+    atOnce.staticPitch = 0.5 * radPerDeg;
+    atOnce.dBank = 1.0;
+    lf_touchDown(atOnce);
+    EXPECT_EQ(atOnce.dPitch, atOnce.staticPitch);
+    EXPECT_EQ(atOnce.dBank, 0.0);
 }
 
 TEST_F(Approach, TouchdownAtTheVeryPitchOfRestNeitherEndsTheNoseDownNorRollsTheAircraftOver) {

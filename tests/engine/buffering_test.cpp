@@ -445,8 +445,11 @@ TEST_F(Buffering, FirstStateInFlightIsThatOfTheFrontPoint) {
     points.front().roll = -0.2;
     points.front().tasKt = 290.0;
     LiveAc& ac = addBuffered(points);
+    ac.simState = {};
+    ac.dHeading = 0.1;
     world.setTick(due);
     updateBufferAc(ac);
+    EXPECT_EQ(ac.dHeading, 0.0);
     EXPECT_EQ(ac.simState.position(), place);
     EXPECT_EQ(ac.simState.altFt, 6000.0);
     EXPECT_EQ(ac.simState.bank, -0.2);

@@ -142,6 +142,7 @@ TEST_F(DeadReckoning, SilentRollsAccelerateAndBrake) {
     for (const auto& row : table) {
         LiveAc& departing = onGround(AcPhase::Taxi, row.fromKt);
         departing.departing = true;
+        departing.simState.heading = 0.8;
         departing.track.front().vsFpm = -1.0;
         lf_deadReckon(departing, 10);
         EXPECT_EQ(departing.track.back().gsKt, row.departingKt) << row.fromKt;
@@ -149,6 +150,7 @@ TEST_F(DeadReckoning, SilentRollsAccelerateAndBrake) {
         // Three seconds at the new speed, straight ahead.
         const double metres = gf_distanceNm(place, departing.track.back().position()) * metresPerNm;
         EXPECT_NEAR(metres, row.departingKt * metresPerNm / 3600 * 3, 0.1) << row.fromKt;
+        EXPECT_NEAR(gf_bearing(place, departing.track.back().position()), 0.8, 1e-4) << row.fromKt;
         EXPECT_EQ(departing.track.back().dueTick, now + 300);
 
         LiveAc& landing = onGround(AcPhase::Taxi, row.fromKt);
@@ -194,6 +196,19 @@ TEST_F(DeadReckoning, WaitIsExtendedByThreeSecondsAtATimeAndARollGoesOnForTen) {
     EXPECT_FALSE(lf_extendTrack(rolling));
     EXPECT_EQ(rolling.reckonLeft, -1) << "nothing more is invented";
     EXPECT_FALSE(lf_extendTrack(rolling));
+}
+
+TEST_F(DeadReckoning, SlowestCoastIsOneKnotAndWhatStandsStaysThere) {
+    LiveAc& slow = flying("EC35");
+    slow.track.front().gsKt = 1.0;
+    lf_deadReckon(slow, 8);
+    EXPECT_EQ(slow.track.back().gsKt, 1.0);
+    EXPECT_FALSE(slow.track.back().stationary);
+    LiveAc& parked = onGround(AcPhase::Parked, 3);
+    lf_deadReckon(parked, 1);
+    EXPECT_EQ(parked.track.back().gsKt, 0.0);
+    EXPECT_TRUE(parked.track.back().stationary);
+    EXPECT_EQ(parked.track.back().position(), place);
 }
 
 TEST_F(DeadReckoning, WaitingAircraftMakesWayForAnotherThatTaxiesBy) {

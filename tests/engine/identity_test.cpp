@@ -125,6 +125,9 @@ TEST_F(Identity, BufferedTargetTakesWhatTheFeedSaysLast) {
     EXPECT_EQ(ac.regcode, "HB-BBB");
     EXPECT_EQ(ac.origin, "EGLL") << "an empty value never deletes one";
     EXPECT_EQ(ac.destination, "LSZH");
+    EXPECT_TRUE(lf_updateIdentity(ac, feedMessage({.callsign = "", .origin = "EGKK"})));
+    EXPECT_EQ(ac.origin, "EGKK");
+    EXPECT_EQ(ac.callsign, "SWR200");
 }
 
 TEST_F(Identity, NewCallsignRespawnsTheAircraft) {

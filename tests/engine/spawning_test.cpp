@@ -39,7 +39,7 @@ protected:
         std::vector<TrackPoint> points;
         for (int i = 0; i < 3; ++i) {
             points.push_back(groundPoint(offset(from, 90.0, metres * i / 2.0), gsKt, due + 500 * i));
-            points.back().stationary = metres == 0.0 && i > 0;
+            points.back().stationary = metres == 0.0 || i == 0; // the first one is judged by the second
             points.back().trackDeg = 200.0;
         }
         LiveAc& ac = world.addLive("SWR100", AcState::Buffered, AcPhase::Unknown, points, type);
@@ -79,12 +79,17 @@ TEST_F(Spawning, WhoStandsNearAStandEntersOnItAndTheOthersOnTheTaxiway) {
         world.clearStands();
         const LatLon place = offset(airportPlace, 180.0, row.airportNm * metresPerNm);
         ParkPos& stand = addStand(place);
+        stand.cargo = true;
         LiveAc& ac = addTarget(offset(place, 90.0, row.besideM), row.movesM, row.gsKt);
         updateBufferAc(ac);
         EXPECT_EQ(ac.phase, row.phase);
         EXPECT_EQ(ac.state, row.enters ? AcState::Requested : AcState::Buffered);
-        EXPECT_EQ(stand.liveParked, row.phase == AcPhase::Parked);
-        EXPECT_EQ(ac.track.size(), row.phase == AcPhase::Parked ? 1U : row.enters ? 3U : 2U);
+        const bool parked = row.phase == AcPhase::Parked;
+        EXPECT_EQ(stand.liveParked, parked);
+        EXPECT_EQ(ac.standCargo, parked);
+        EXPECT_EQ(ac.track.front().stationary && ac.track.front().gsKt == 0.0,
+                  row.phase != AcPhase::Taxi || row.movesM == 0.0);
+        EXPECT_EQ(ac.track.size(), parked ? 1U : row.enters ? 3U : 2U);
         if (!row.enters) {
             EXPECT_EQ(ac.reason, Reason::NoFreeStand);
         }

@@ -4,6 +4,7 @@
 #include "core/parameters.h"
 #include "core/parkairport.h"
 #include "core/runstate.h"
+#include "engine/prediction.h"
 #include "engine/standselection.h"
 #include "engine/tables.h"
 #include "parking/learning.h"
@@ -254,6 +255,40 @@ TEST_F(StandLearning, VanishedAircraftIsLearnedOnlyWhereItMayBe) {
         LiveAc it = ac;
         entry.change(it);
         lf_learnSoft(it, entry.force);
+        EXPECT_EQ(record(), entry.learned ? "(1:20 SWR100)" : "");
+    }
+}
+
+TEST_F(StandLearning, DepartureAndTheEndOfATrackAreMomentsToLearnFrom) {
+    struct Case {
+        const char* name;
+        AcPhase phase;
+        double heightFt;
+        const char* airline;
+        void (*what)(LiveAc&);
+        bool learned;
+    };
+    const Case cases[] = {
+        {"departs", AcPhase::Taxi, 9000, "SWR", lf_startDeparture, true},
+        {"departs without operator", AcPhase::Taxi, 9000, "", lf_startDeparture, false},
+        {"ends on a taxiway", AcPhase::Taxi, 9000, "SWR", nextPosMain, true},
+        {"ends in the air, high", AcPhase::Air, 9000, "SWR", nextPosMain, false},
+        {"ends in the air, low", AcPhase::Air, 900, "SWR", nextPosMain, true},
+        {"ends on its stand", AcPhase::Parked, 0, "SWR", nextPosMain, false},
+    };
+    nowStamp = DayHH{1, 20}.packed();
+    LEARN_SOFT.set(true);
+    for (const Case& entry : cases) {
+        SCOPED_TRACE(entry.name);
+        clearRecord();
+        resetStandSelection();
+        LiveAc it = ac;
+        it.phase = entry.phase;
+        it.heightAgl = entry.heightFt;
+        it.airline = entry.airline;
+        it.reckonLeft = -1;
+        it.departing = true;
+        entry.what(it);
         EXPECT_EQ(record(), entry.learned ? "(1:20 SWR100)" : "");
     }
 }

@@ -92,7 +92,7 @@ TEST_F(TakeOff, ClimbRateComesFromTheTrackWhereItTellsOne) {
     LiveAc& lower = rolling(160, 1200, true);
     lower.track[1].altFt = airportElevationFt - 300.0; // pressure altitude in a high
     checkTakeOff(lower);
-    EXPECT_GT(lower.dAlt, 0.0) << "never into the ground";
+    EXPECT_NEAR(lower.dAlt, 0.1 / 400, 1e-12) << "never into the ground";
     LiveAc& untold = rolling(160, 0, true);
     checkTakeOff(untold);
     EXPECT_EQ(untold.dAlt, untold.maxClimbStep);
@@ -105,6 +105,7 @@ TEST_F(TakeOff, RotationPitchesUpThenTheClimbBuildsUpAndTheGearComesUpThreeSecon
         checkTakeOff(ac);
         ASSERT_EQ(ac.phase, AcPhase::TakeOff);
         ac.dAlt = 0.5;
+        ac.dBank = 0.0001;
         const double groundFt = ac.simState.altFt;
         double lastPitch = ac.simState.pitch;
         double fastestPitch = 0.0;
@@ -122,6 +123,7 @@ TEST_F(TakeOff, RotationPitchesUpThenTheClimbBuildsUpAndTheGearComesUpThreeSecon
         EXPECT_LT(fastestPitch * degPerRad, 0.15) << type;
         lf_stepAc(ac);
         EXPECT_THAT(sent(ac, simconnect::GearSet), ElementsAre(0U)) << type;
+        EXPECT_NEAR(ac.simState.bank, 301 * 0.0001, 1e-9) << type << ": banks once it has left the ground";
         // 99 ticks at a tenth, 100 at a fifth, 100 at half, one in full.
         EXPECT_NEAR(ac.simState.altFt - groundFt, 0.5 * (9.9 + 20.0 + 50.0 + 1.0), 1e-6) << type;
     }
@@ -239,6 +241,7 @@ TEST_F(TakeOff, TouchAndGoFliesAgainWithFullPower) {
     TrackPoint up =
         airPoint(offset(airportPlace, rollHeadingDeg, 1300.0), airportElevationFt + 300, 150, now + 1700);
     up.vsFpm = 900.0;
+    ac.phase = AcPhase::Air;
     lf_addPosition(ac, up);
     EXPECT_TRUE(ac.departing);
     EXPECT_EQ(ac.phase, AcPhase::Taxi);

@@ -85,15 +85,17 @@ TEST_F(TrackIntake, JitterFilterTellsStandingFromRolling) {
         {"in the air without speed, slow before", false, 49, 500, 0, true, true},
         {"roll without speed", true, 50, 500, 0, false, false},
         {"taxi without speed, moved", false, 60, 500, 0, false, true},
+        {"roll at 60 kt, 16 m on", true, 60, 16, 60, false, false}, // 0.00015 degrees are 16.7 m
+        {"roll at 60 kt, 17.5 m on", true, 60, 17.5, 60, false, true},
     };
     for (const Jitter& row : table) {
         LiveAc& ac = taxiing({groundPoint(place, row.lastKt, now)});
         ac.departing = row.departing;
-        const LatLon next = row.metres == 0 ? place : offset(place, 90.0, row.metres);
+        const LatLon next = row.metres == 0 ? place : offset(place, 0.0, row.metres);
         TrackPoint msg = groundPoint(next, row.gsKt, now + 500);
         msg.airborne = row.airborne;
         EXPECT_EQ(lf_filterPosition(ac, msg), row.accepted) << row.name;
-        if (row.accepted && row.metres < 100) {
+        if (row.accepted && row.metres <= 10) {
             EXPECT_EQ(msg.gsKt, 0.0) << row.name << ": what stands has no speed";
         }
     }
@@ -131,7 +133,9 @@ TEST_F(TrackIntake, DueTimesRiseEvenAtTheEndOfTheirRange) {
 
 TEST_F(TrackIntake, TargetThatNeverConsumesItsPointsIsRemoved) {
     LiveAc& ac = taxiing({});
-    ac.track.assign(201, groundPoint(place, 8, now));
+    ac.track.assign(200, groundPoint(place, 8, now));
+    lf_addPosition(ac, groundPoint(offset(place, 90, 100), 8, now + 500));
+    EXPECT_EQ(ac.state, AcState::Live);
     lf_addPosition(ac, groundPoint(offset(place, 90, 100), 8, now + 500));
     EXPECT_EQ(ac.state, AcState::Removing);
     EXPECT_EQ(ac.reason, Reason::TooManyPoints);
@@ -227,12 +231,18 @@ TEST_F(TrackIntake, LandingAircraftNeverTurnsBack) {
                 airPoint(offset(place, 90, 800), 700, 140, now + 1000),
                 airPoint(offset(place, 90, 1200), 600, 140, now + 1500)});
     ac.landing = true;
-    // Behind the last two points: both are dropped.
-    TrackPoint msg = airPoint(offset(place, 90, 600), 650, 140, now + 2000);
-    lf_addPosition(ac, msg);
-    ASSERT_EQ(ac.track.size(), 3U);
-    EXPECT_EQ(ac.track.back().position(), msg.position());
-    EXPECT_EQ(ac.track[1].position(), offset(place, 90, 400));
+    for (const bool three : {false, true}) {
+        if (three) {
+            ac.track = {ac.track[0], airPoint(offset(place, 90, 800), 700, 140, now + 1000),
+                        airPoint(offset(place, 90, 1200), 600, 140, now + 1500)};
+        }
+        // Behind the last two points: both are dropped.
+        TrackPoint msg = airPoint(offset(place, 90, 600), 650, 140, now + 2000);
+        lf_addPosition(ac, msg);
+        ASSERT_EQ(ac.track.size(), three ? 2U : 3U);
+        EXPECT_EQ(ac.track.back().position(), msg.position());
+        EXPECT_EQ(ac.track[ac.track.size() - 2].position(), three ? place : offset(place, 90, 400));
+    }
 }
 
 TEST_F(TrackIntake, OnlyTwoPointsAreDroppedForOnePosition) {
@@ -261,6 +271,7 @@ TEST_F(TrackIntake, RolloutThatWentTooFarGoesOnFromWhereTheAircraftIs) {
     ac.rollingOut = true;
     ac.phase = AcPhase::Taxi;
     ac.simState.lat += 0.001;
+    ac.simState.lon += 0.0001;
     lf_addPosition(ac, groundPoint(offset(place, 270, 100), 40, now + 900));
     ASSERT_EQ(ac.track.size(), 2U);
     EXPECT_EQ(ac.track.front().position(), ac.simState.position());
@@ -279,6 +290,7 @@ TEST_F(TrackIntake, LandingAircraftDoesNotSpeedUp) {
     ac.landing = true;
     lf_addPosition(ac, airPoint(offset(place, 90, 300), 880, 155, now + 500));
     EXPECT_EQ(ac.track.back().gsKt, 140.0);
+    EXPECT_EQ(ac.maxLagTicks, 1000) << "no silence has ended";
     ac.track.back().gsKt = 20.0;
     lf_addPosition(ac, airPoint(offset(place, 90, 600), 860, 40, now + 1000));
     EXPECT_EQ(ac.track.back().gsKt, 40.0) << "but it may taxi off the runway";
@@ -320,6 +332,7 @@ TEST_F(TrackIntake, DataAfterASilenceAreTakenUpUnlessTheyLieBehindInTheAir) {
     lf_addPosition(ground, groundPoint(offset(place, 180, 100), 8, now + 900));
     EXPECT_EQ(ground.track.size(), 2U) << "on the ground an aircraft may turn";
     EXPECT_FALSE(ground.holding);
+    EXPECT_EQ(ground.holdStartTick, 0);
 }
 
 TEST_F(TrackIntake, HoldingAircraftIsRemovedWhenTheFeedShowsItElsewhere) {
@@ -413,7 +426,9 @@ TEST_F(TrackIntake, PushedAircraftWaitsUntilTheFeedMovesOff) {
     backwards.heading = pi;
     lf_addPosition(ac, backwards);
     EXPECT_EQ(ac.phase, AcPhase::AfterPush) << "still pushed, its nose points back";
-    lf_addPosition(ac, groundPoint(offset(place, 0, span * 2.9), 3, now + 4000));
+    TrackPoint away = groundPoint(offset(place, 0, span * 2.9), 3, now + 4000);
+    away.stationary = true;
+    lf_addPosition(ac, away);
     EXPECT_EQ(ac.phase, AcPhase::Taxi);
     EXPECT_EQ(ac.sid, 0U);
     EXPECT_EQ(ac.standLat + ac.standLon + ac.standHeading, 0.0);
@@ -451,6 +466,7 @@ TEST_F(TrackIntake, PushedAircraftThatIsFarOffAlreadyGoesAtOnce) {
     ac.moveOffRef = 900.0;
     lf_addPosition(ac, groundPoint(offset(place, 0, ac.halfSpanNm * metresPerNm * 6.1), 3, now + 3000));
     EXPECT_EQ(ac.phase, AcPhase::Taxi);
+    EXPECT_EQ(ac.track.front().dueTick, now + 300) << "no silence has ended";
 }
 
 TEST_F(TrackIntake, BufferedTargetTakesPointsThroughTheJitterFilterOnly) {

@@ -120,9 +120,10 @@ protected:
     }
 
     /// What holds on every flight: no step, no spin, no wing or nose that snaps, never in the ground.
-    static void expectSense(const Aircraft& aircraft, double mostTurnDegS = 10.0) {
+    static void expectSense(const Aircraft& aircraft, double mostTurnDegS = 10.0,
+                            double mostStepRatio = 1.5) {
         const auto facts = physicalFacts(aircraft, aircraft.createdAt + takeOverSeconds);
-        EXPECT_LT(facts.largestStepRatio, 1.5);
+        EXPECT_LT(facts.largestStepRatio, mostStepRatio);
         EXPECT_LT(facts.largestTurnRateDegS, mostTurnDegS);
         EXPECT_LT(facts.largestPitchRateDegS, 5.0);
         EXPECT_LT(facts.largestBankRateDegS, 12.0);
@@ -141,6 +142,25 @@ protected:
             up += aircraft.history[i - 1].onGround && !aircraft.history[i].onGround ? 1 : 0;
         }
         return {down, up};
+    }
+
+    /// Feet per minute in the half second before the wheels come down.
+    static double touchdownFpm(const Aircraft& aircraft) {
+        constexpr std::size_t framesBefore = 25;
+        const auto& history = aircraft.history;
+        for (std::size_t i = framesBefore + 1; i < history.size(); ++i) {
+            const HistoryPoint& before = history[i - 1];
+            const HistoryPoint& start = history[i - 1 - framesBefore];
+            if (history[i].onGround && !before.onGround && start.atSeconds > aircraft.createdAt) {
+                return (before.place.altFt - start.place.altFt) / (before.atSeconds - start.atSeconds) * 60.0;
+            }
+        }
+        return 0.0;
+    }
+
+    static void expectGentleTouchdown(const Aircraft& aircraft) {
+        EXPECT_LT(touchdownFpm(aircraft), -60.0);
+        EXPECT_GT(touchdownFpm(aircraft), -350.0);
     }
 
     ScenarioWorld world;
@@ -176,9 +196,72 @@ TEST_F(FlightStory, LandingTouchesOnceGentlyAndSlowsToATaxi) {
     const Aircraft* aircraft = shown();
     ASSERT_NE(aircraft, nullptr);
     EXPECT_EQ(contacts(*aircraft), Contacts(1, 0));
+    expectGentleTouchdown(*aircraft);
     EXPECT_LT(aircraft->history.back().airspeedKt, 35.0);
     EXPECT_TRUE(aircraft->gearDown);
     expectSense(*aircraft);
+}
+
+TEST_F(FlightStory, ApproachThatFallsSilentLandsAllTheSame) {
+    fly(approachThen(400.0, {}), 330.0);
+    const Aircraft* aircraft = shown();
+    ASSERT_NE(aircraft, nullptr);
+    EXPECT_EQ(contacts(*aircraft), Contacts(1, 0));
+    expectGentleTouchdown(*aircraft);
+    // It brakes from 60 to 30 kt within a leg, at the mean of both.
+    expectSense(*aircraft, 10.0, 1.6);
+}
+
+TEST_F(FlightStory, LightsGearFlapsAndBrakesFollowTheArrival) {
+    constexpr double glideFtPerSecond = 12.5;
+    constexpr double fromFt = 11000.0;
+    const double seconds = (fromFt - zurichFt) / glideFtPerSecond;
+    const double metres = approachKt * metresPerNm / 3600.0 * (seconds + 60.0);
+    const Reports reports = drawn(offset(zurich, finalDeg + 180.0, metres), finalDeg, approachKt, fromFt,
+                                  {{60.0, approachKt, fromFt},
+                                   {seconds, approachKt, zurichFt},
+                                   {35.0, 30.0, zurichFt},
+                                   {20.0, 15.0, zurichFt},
+                                   {15.0, 12.0, zurichFt, 6.0},
+                                   {40.0, 12.0, zurichFt}});
+    using namespace standin;
+    constexpr std::uint32_t high = LightNav | LightBeacon | LightCabin;
+    constexpr std::uint32_t afterRollout = LightNav | LightBeacon | LightTaxi | LightLogo | LightCabin;
+    int seen[5] = {};
+    double braked = 0.0;
+    fly(reports, seconds + 260.0, [&] {
+        const Aircraft* aircraft = world.simulator().findTail("SWR100");
+        if (aircraft == nullptr || liveAcs.empty() || liveAcs.front().state != AcState::Live) {
+            return;
+        }
+        const double agl = aircraft->place.altFt - zurichFt;
+        const bool down = onGround(*aircraft, world.simulator().terrain());
+        const auto is = [&](int stage, bool when) { return when && ++seen[stage] > 400; };
+        if (is(0, aircraft->place.altFt > 10300.0)) {
+            ASSERT_EQ(aircraft->lights, high);
+            ASSERT_FALSE(aircraft->gearDown);
+        } else if (is(1, aircraft->place.altFt < 9700.0 && agl > 2700.0)) {
+            ASSERT_EQ(aircraft->lights, allLights);
+            ASSERT_FALSE(aircraft->gearDown);
+            ASSERT_EQ(aircraft->flapsPercent, 0.0);
+        } else if (is(2, agl < 1700.0 && !down)) {
+            ASSERT_EQ(aircraft->lights, allLights & ~LightCabin);
+            ASSERT_TRUE(aircraft->gearDown);
+            ASSERT_EQ(aircraft->flapsPercent, 100.0);
+            ASSERT_EQ(aircraft->spoilersPercent, 0.0);
+        } else if (is(3, down && aircraft->airspeedKt > 100.0)) {
+            braked = std::max(braked, std::min(aircraft->spoilersPercent, aircraft->throttlePercent[0]));
+        } else if (is(4, down && liveAcs.front().touchdownHeading == 0.0)) {
+            ASSERT_EQ(aircraft->lights, afterRollout);
+            ASSERT_EQ(aircraft->flapsPercent, 0.0);
+            ASSERT_EQ(aircraft->spoilersPercent, 0.0);
+            ASSERT_EQ(aircraft->throttlePercent[0], 0.0);
+        }
+    });
+    for (const int passes : seen) {
+        EXPECT_GT(passes, 400) << "a part of the flight was not flown";
+    }
+    EXPECT_EQ(braked, 100.0);
 }
 
 TEST_F(FlightStory, TouchAndGoTouchesOnceAndFliesOn) {
@@ -270,6 +353,38 @@ TEST_F(FlightStory, StandingTargetThatJittersStandsStill) {
     EXPECT_EQ(settled->place.lon, history.back().place.lon);
     EXPECT_EQ(settled->place.headingRad, history.back().place.headingRad);
     EXPECT_EQ(settled->place.altFt, history.back().place.altFt);
+}
+
+TEST_F(FlightStory, TaxiRollsThroughAShortStopAndWaitsOutALongOne) {
+    const Reports reports = drawn(zurich, 90.0, 15.0, zurichFt,
+                                  {{60.0, 15.0, zurichFt},
+                                   {0.5, 0.0, zurichFt},
+                                   {8.0, 0.0, zurichFt},
+                                   {0.5, 15.0, zurichFt},
+                                   {40.0, 15.0, zurichFt},
+                                   {0.5, 0.0, zurichFt},
+                                   {40.0, 0.0, zurichFt},
+                                   {0.5, 15.0, zurichFt},
+                                   {60.0, 15.0, zurichFt}});
+    fly(reports, 230.0);
+    const Aircraft* aircraft = shown();
+    ASSERT_NE(aircraft, nullptr);
+    std::vector<double> stops; // seconds each
+    double since = -1.0;
+    for (const HistoryPoint& point : aircraft->history) {
+        const double at = point.atSeconds;
+        if (at < aircraft->createdAt + takeOverSeconds || at > 30.0 + reports.back().at) {
+            continue;
+        }
+        if (point.airspeedKt == 0.0) {
+            since = since < 0.0 ? at : since;
+        } else if (since >= 0.0) {
+            stops.push_back(at - since);
+            since = -1.0;
+        }
+    }
+    ASSERT_EQ(stops.size(), 1U);
+    EXPECT_NEAR(stops.front(), 40.0, 12.0);
 }
 
 TEST_F(FlightStory, RealTargetReplacesItsGhost) {
