@@ -227,7 +227,7 @@ TEST_F(FlightStory, LightsGearFlapsAndBrakesFollowTheArrival) {
     using namespace standin;
     constexpr std::uint32_t high = LightNav | LightBeacon | LightCabin;
     constexpr std::uint32_t afterRollout = LightNav | LightBeacon | LightTaxi | LightLogo | LightCabin;
-    int seen[5] = {};
+    int seen[6] = {};
     double braked = 0.0;
     fly(reports, seconds + 260.0, [&] {
         const Aircraft* aircraft = world.simulator().findTail("SWR100");
@@ -251,7 +251,10 @@ TEST_F(FlightStory, LightsGearFlapsAndBrakesFollowTheArrival) {
             ASSERT_EQ(aircraft->spoilersPercent, 0.0);
         } else if (is(3, down && aircraft->airspeedKt > 100.0)) {
             braked = std::max(braked, std::min(aircraft->spoilersPercent, aircraft->throttlePercent[0]));
-        } else if (is(4, down && liveAcs.front().touchdownHeading == 0.0)) {
+        } else if (is(4, down && aircraft->airspeedKt < 80.0 && liveAcs.front().rollingOut)) {
+            ASSERT_EQ(aircraft->spoilersPercent, 0.0);
+            ASSERT_EQ(aircraft->throttlePercent[0], 0.0);
+        } else if (is(5, down && liveAcs.front().touchdownHeading == 0.0)) {
             ASSERT_EQ(aircraft->lights, afterRollout);
             ASSERT_EQ(aircraft->flapsPercent, 0.0);
             ASSERT_EQ(aircraft->spoilersPercent, 0.0);
