@@ -8,6 +8,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kst::bench {
@@ -48,6 +49,9 @@ struct StandStop {
     bool stays = false;           ///< is parked until its recording goes on, or to the end
 };
 
+inline constexpr double parkedWithinM = 2.0;
+inline constexpr double parkedWithinDeg = 1.0;
+
 struct ApronFigures {
     int scenes = 0;
     int aircraft = 0;
@@ -66,6 +70,15 @@ struct ApronFigures {
 
     void add(const ApronScene& scene, const PlayedApron& played);
 };
+
+inline constexpr std::array<std::string_view, 8> phaseNames = {
+    "pushed", "after its push", "taxiing", "taking off", "in the air", "parking", "parked", "undecided"};
+
+/// Why a target was never shown; the live tables do not tell.
+std::string_view refusalText(Reason reason);
+
+/// nullptr when there is none with this number.
+const ParkPos* standOf(const std::vector<ParkPos>& stands, std::uint32_t sid);
 
 std::string tableOf(ApronFigures& figures);
 
