@@ -279,6 +279,21 @@ TEST_F(StandConflicts, TaxiingAircraftClaimsAStand) {
     }
 }
 
+TEST_F(StandConflicts, ReservedStandIsClearedStaticFirst) {
+    const ParkPos& stand = world.addStand("A1", airportPlace);
+    changeReservedStand("A1");
+    LiveAc& rolling = addParked("SWR1", stand, AcPhase::Parking);
+    LiveAc& live = addParked("SWR2", stand);
+    StaticAc& parked = world.addStatic("DLH1*", AcState::Live, stand);
+    lf_clearUserStand();
+    EXPECT_EQ(parked.state, AcState::Removing);
+    EXPECT_EQ(live.state, AcState::Live) << "one at a time";
+    lf_clearUserStand();
+    EXPECT_EQ(live.state, AcState::Removing);
+    EXPECT_EQ(rolling.state, AcState::Live);
+    resetReservedStand();
+}
+
 struct LimitCase {
     const char* name;
     int liveParked, extra, statics, wanted;

@@ -36,6 +36,16 @@ void TurnWatch::look() {
     }
 }
 
+void Spectator::watchWay(const Seen& last, const standin::Aircraft& aircraft, double atSeconds) {
+    const double wayNm = gf_distanceNm(last.place, placeOf(aircraft));
+    fastestKt_ = std::max(fastestKt_, wayNm / (atSeconds - last.atSeconds) * 3600.0);
+    const double way = gf_bearing(last.place, placeOf(aircraft));
+    const double ahead = std::abs(std::cos(gf_angleDiff(way, aircraft.place.headingRad)));
+    const double sideways = std::abs(std::sin(gf_angleDiff(way, aircraft.place.headingRad)));
+    wayM_ += wayNm * metresPerNm;
+    sidewaysM_ += sideways > ahead ? wayNm * metresPerNm : 0.0;
+}
+
 void Spectator::look(const standin::World& world) {
     constexpr int everyCalls = 10;
     if (++calls_ % everyCalls != 0) {
@@ -46,8 +56,7 @@ void Spectator::look(const standin::World& world) {
         there.push_back(&aircraft);
         const auto last = last_.find(id);
         if (last != last_.end() && world.onGround(aircraft)) {
-            const double hours = (world.seconds() - last->second.first) / 3600.0;
-            fastestKt_ = std::max(fastestKt_, gf_distanceNm(last->second.second, placeOf(aircraft)) / hours);
+            watchWay(last->second, aircraft, world.seconds());
         }
         if (aircraft.frozen() && aircraft.placed > 1) {
             last_[id] = {world.seconds(), placeOf(aircraft)};

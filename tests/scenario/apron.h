@@ -5,6 +5,7 @@
 #include "model/aircraft.h"
 #include "scenario/scenarioworld.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -43,11 +44,21 @@ public:
     double closestM() const { return closestM_; }
     /// The fastest that an aircraft on the ground moved, once the program had taken it over.
     double fastestKt() const { return fastestKt_; }
+    /// The share of their way on the ground that they went more sideways than ahead or back.
+    double sidewaysShare() const { return sidewaysM_ / std::max(wayM_, 1.0); }
 
 private:
     double closestM_ = 1e9;
-    std::map<std::uint32_t, std::pair<double, LatLon>> last_; ///< when and where each was
+    struct Seen {
+        double atSeconds;
+        LatLon place;
+    };
+    void watchWay(const Seen& last, const standin::Aircraft& aircraft, double atSeconds);
+
+    std::map<std::uint32_t, Seen> last_;
     double fastestKt_ = 0.0;
+    double wayM_ = 0.0;
+    double sidewaysM_ = 0.0;
     int calls_ = 0;
 };
 

@@ -5,7 +5,6 @@
 #include "core/parameters.h"
 #include "core/random.h"
 #include "core/reasoncounts.h"
-#include "engine/categories.h"
 #include "engine/tables.h"
 #include "parking/stands.h"
 #include "scenario/apron.h"
@@ -15,8 +14,7 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <map>
+#include <cmath>
 #include <set>
 
 namespace kst {
@@ -67,6 +65,33 @@ TEST(GroundStories, LeavesTheStandAsTheFeedShows) {
         EXPECT_GT(apron.metresFrom(zurich), 25.0);
         EXPECT_LT(apron.turns.largest(), fastestTurn);
     }
+}
+
+// Seven legs of 40 to 240 m, each corner of 15 to 95 degrees braked into.
+TEST(GroundStories, DrawnTaxiRoutesAreRolledNoseFirst) {
+    constexpr std::uint32_t routes = 8;
+    double sideways = 0.0;
+    for (std::uint32_t seed = 1; seed <= routes; ++seed) {
+        SCOPED_TRACE(seed);
+        Apron apron;
+        seedRandom(seed);
+        double dir = randomBelow(360);
+        Way way;
+        way.at(offset(zurich, randomBelow(360), 700.0));
+        for (int leg = 0; leg < 7; ++leg) {
+            way.nose(dir).move(dir, 40.0 + randomBelow(200), 5.0 + randomBelow(16)).move(dir, 15.0, 5.0);
+            dir = std::fmod(dir + (randomBelow(2) == 0 ? 345.0 - randomBelow(80) : 15.0 + randomBelow(80)),
+                            360.0);
+            way.move(dir, 15.0, 6.0);
+        }
+        apron.world.feed(traffic({way.stand(20)}));
+        ASSERT_TRUE(apron.play(way.seconds() + 60.0));
+        EXPECT_LT(apron.metresFrom(way.place()), 20.0);
+        EXPECT_LT(apron.turns.largest(), fastestTurn);
+        EXPECT_LT(apron.spectator.fastestKt(), 30.0);
+        sideways += apron.spectator.sidewaysShare() / routes;
+    }
+    EXPECT_LT(sideways, 0.02);
 }
 
 TEST(GroundStories, RecordedArrivalParksOnItsStandAndIsRemembered) {
