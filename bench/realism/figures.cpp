@@ -1,5 +1,6 @@
 #include "bench/realism/figures.h"
 
+#include "bench/realism/linematch.h"
 #include "engine/categories.h"
 #include "engine/flare.h"
 
@@ -16,6 +17,8 @@ constexpr double longestFrameS = 0.05;
 constexpr std::size_t samplesPerSecond = 50;
 constexpr std::size_t judgedEvery = 25; ///< samples between places held against the line
 constexpr double slowestForTimeKt = 5.0;
+constexpr double backOnLineM = 10.0;
+constexpr double nearLineM = 100.0; ///< farther off, the place abeam says nothing of the time
 constexpr double slowestForStepKt = 20.0;
 /// What is told after a longer silence is not held against the flight, nor what it does for a while after.
 constexpr double longestGapS = 35.0;
@@ -82,35 +85,21 @@ public:
         : figures_(figures), flight_(flight), played_(played), samples_(samples) {}
 
     void add() {
-        markGaps();
         for (std::size_t i = 1; i < samples_.size(); ++i) {
             frame(samples_[i - 1], samples_[i]);
-            if (i % judgedEvery == 0) {
-                place(samples_[i]);
-            }
             if (i % samplesPerSecond == 0) {
                 direction(i);
             }
             contact(i);
+        }
+        for (const JudgedPlace& judged : judgedPlaces(played_, samples_)) {
+            place(judged);
         }
     }
 
 private:
     StageFigures& stage(const Sample& sample) {
         return figures_.stages[static_cast<std::size_t>(sample.stage)];
-    }
-
-    void markGaps() {
-        for (std::size_t i = 1; i < played_.line.size(); ++i) {
-            if (played_.line[i].time - played_.line[i - 1].time > longestGapS) {
-                gaps_.emplace_back(played_.line[i - 1].time, played_.line[i].time + recoveryS);
-            }
-        }
-    }
-
-    bool inGap(double lineTime) const {
-        return std::any_of(gaps_.begin(), gaps_.end(),
-                           [&](const auto& gap) { return lineTime > gap.first && lineTime < gap.second; });
     }
 
     void frame(const Sample& a, const Sample& b) {
@@ -121,13 +110,7 @@ private:
         StageFigures& here = stage(b);
         here.seconds += dt;
         const std::string& name = flight_.name;
-        const double metres = tool::metresBetween(a.position, b.position);
-        const double expected = b.at - tool::playDelaySeconds;
-        if (metres > slowestForStepKt * metresPerNm / tool::secondsPerHour * dt) {
-            const double speedKt = std::max(
-                {tool::highestSpeedKt(played_.line, expected), std::abs(b.speedKt), slowestForStepKt});
-            here.step.note(metres / (speedKt * metresPerNm / tool::secondsPerHour * dt), name, b.at);
-        }
+        here.step.note(stepRatio(played_, a, b), name, b.at);
         const double turn = angleOff(a.heading, b.heading) / dt;
         const double pitch = angleOff(a.pitch, b.pitch) / dt;
         const double bank = angleOff(a.bank, b.bank) / dt;
@@ -147,27 +130,22 @@ private:
         }
     }
 
-    void place(const Sample& sample) {
-        if (sample.coasting || inGap(sample.at - tool::playDelaySeconds)) {
-            return;
-        }
-        const auto found =
-            tool::placeOnLine(played_.line, {sample.at, sample.position, sample.altFt, 0.0, sample.onGround});
-        if (!found) {
-            return;
-        }
+    void place(const JudgedPlace& judged) {
+        const Sample& sample = *judged.sample;
+        const tool::OnLine& found = judged.place;
         StageFigures& here = stage(sample);
-        here.fromLineM.push_back(found->distanceM);
-        here.fromLine.note(found->distanceM, flight_.name, sample.at);
-        if (found->speedKt >= slowestForTimeKt) {
-            here.timeOffS.push_back(std::abs(found->lagS));
-            here.lag.note(found->lagS, flight_.name, sample.at);
-            here.lead.note(-found->lagS, flight_.name, sample.at);
-            here.overDrift.note(std::max(found->lagS - sample.lagLimitS, -found->lagS - sample.leadLimitS),
-                                flight_.name, sample.at);
+        here.fromLineM.push_back(found.distanceM);
+        here.fromLine.note(found.distanceM, flight_.name, sample.at);
+        if (judged.timed()) {
+            here.timeOffS.push_back(std::abs(found.lagS));
         }
-        if (!found->onGround && !sample.onGround) {
-            here.altitudeOffFt.push_back(std::abs(sample.altFt - found->altFt));
+        if (judged.onLine()) {
+            here.lag.note(found.lagS, flight_.name, sample.at);
+            here.lead.note(-found.lagS, flight_.name, sample.at);
+            here.overDrift.note(beyondDriftLimit(judged), flight_.name, sample.at);
+        }
+        if (!found.onGround && !sample.onGround) {
+            here.altitudeOffFt.push_back(std::abs(sample.altFt - found.altFt));
         }
     }
 
@@ -257,7 +235,6 @@ private:
     const RecordedFlight& flight_;
     const PlayedFlight& played_;
     const std::vector<Sample>& samples_;
-    std::vector<std::pair<double, double>> gaps_;
     double flyingSince_ = 0.0;
     double lastWay_ = 0.0;
     bool moved_ = false;
@@ -339,8 +316,63 @@ void Figures::add(const RecordedFlight& flight, const PlayedFlight& played,
     Adder(*this, flight, played, samples).add();
 }
 
+bool JudgedPlace::timed() const {
+    const double nearM = sample->leg == LegKind::Resumed ? backOnLineM : nearLineM;
+    return place.speedKt >= slowestForTimeKt && place.distanceM <= nearM;
+}
+
+bool JudgedPlace::onLine() const {
+    return timed() && sample->leg != LegKind::Resumed;
+}
+
+std::vector<JudgedPlace> judgedPlaces(const PlayedFlight& played, const std::vector<Sample>& samples) {
+    std::vector<std::pair<double, double>> gaps;
+    for (std::size_t i = 1; i < played.line.size(); ++i) {
+        if (played.line[i].time - played.line[i - 1].time > longestGapS) {
+            gaps.emplace_back(played.line[i - 1].time, played.line[i].time + recoveryS);
+        }
+    }
+    std::vector<JudgedPlace> judged;
+    std::vector<ShownPlace> shown;
+    std::uint32_t objectId = 0;
+    for (std::size_t i = judgedEvery; i < samples.size(); i += judgedEvery) {
+        const Sample& sample = samples[i];
+        const double lineTime = sample.at - tool::playDelaySeconds;
+        const bool inGap = std::ranges::any_of(
+            gaps, [&](const auto& gap) { return lineTime > gap.first && lineTime < gap.second; });
+        if (sample.coasting || inGap) {
+            continue;
+        }
+        judged.push_back({&sample, {}});
+        shown.push_back({sample.at, sample.position, sample.objectId != objectId});
+        objectId = sample.objectId;
+    }
+    const auto found = placesOnLine(played.line, shown);
+    for (std::size_t i = 0; i < judged.size(); ++i) {
+        judged[i].place = found[i].value_or(tool::OnLine());
+    }
+    std::erase_if(judged, [](const JudgedPlace& place) { return std::isinf(place.place.distanceM); });
+    return judged;
+}
+
+double beyondDriftLimit(const JudgedPlace& judged) {
+    const double lagS = judged.place.lagS;
+    return std::max(lagS - judged.sample->lagLimitS, -lagS - judged.sample->leadLimitS);
+}
+
+double stepRatio(const PlayedFlight& played, const Sample& a, const Sample& b) {
+    const double dt = b.at - a.at;
+    const double metres = tool::metresBetween(a.position, b.position);
+    const double metresPerKt = metresPerNm / tool::secondsPerHour * dt;
+    if (a.objectId != b.objectId || dt <= 0.0 || dt > longestFrameS ||
+        metres <= slowestForStepKt * metresPerKt) {
+        return 0.0;
+    }
+    const double toldKt = tool::highestSpeedKt(played.line, b.at - tool::playDelaySeconds);
+    return metres / (std::max({toldKt, std::abs(b.speedKt), slowestForStepKt}) * metresPerKt);
+}
+
 double badness(const Figures& figures) {
-    constexpr double longestStep = 1.5;
     constexpr double fault = 100.0;
     double bad = 0.0;
     for (const StageFigures& stage : figures.stages) {
@@ -356,7 +388,7 @@ double badness(const Figures& figures) {
     return bad;
 }
 
-std::string tableOf(Figures& flown, Figures& naive) {
+std::string tableOf(Figures& flown, Figures& timed, Figures& naive) {
     std::string out = "                         |   from the line, m    |   off the 30 s, s       |  "
                       "altitude off, ft  |step "
                       "|   turn  pitch    bank |  below rev\n"
@@ -366,6 +398,7 @@ std::string tableOf(Figures& flown, Figures& naive) {
     for (std::size_t i = 0; i < stageCount; ++i) {
         if (flown.stages[i].seconds > 0.0) {
             out += rowOf(stageNames[i], flown.stages[i]);
+            out += rowOf("  timed", timed.stages[i]);
             out += rowOf("  naive", naive.stages[i]);
         }
     }

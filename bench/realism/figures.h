@@ -3,6 +3,7 @@
 // What a spectator, or an engineer, would say of flown paths: figures by stage of flight, over many flights.
 
 #include "bench/realism/play.h"
+#include "tools/measureflights/line.h"
 
 #include <array>
 #include <string>
@@ -58,11 +59,34 @@ struct Figures {
     void add(const RecordedFlight& flight, const PlayedFlight& played, const std::vector<Sample>& samples);
 };
 
+/// Where on the recorded line the flight was at one moment.
+struct JudgedPlace {
+    const Sample* sample = nullptr;
+    tool::OnLine place;
+    /// Moving along the line: what it is early or late can be told.
+    bool timed() const;
+    /// Not on its way back to the line, which may cross it anywhere.
+    bool onLine() const;
+};
+
+/// Each half second of `samples` for which the recording tells where the flight should be.
+std::vector<JudgedPlace> judgedPlaces(const PlayedFlight& played, const std::vector<Sample>& samples);
+
+/// Seconds beyond the drift limit of the moment; below 0 within it.
+double beyondDriftLimit(const JudgedPlace& judged);
+
+/// What of a step the speed does not explain any more.
+inline constexpr double longestStep = 1.5;
+
+/// The step between two frames against what the speed explains: the highest that is told or shown at that
+/// time. 0 where there is none to judge: between two objects, or next to no movement.
+double stepRatio(const PlayedFlight& played, const Sample& a, const Sample& b);
+
 /// How badly a flight flies, to find the worst: its 95th percentile of the distance from the line, metres,
 /// and 100 for each step, rate or touchdown beyond its bounds.
 double badness(const Figures& figures);
 
-/// The table of one set of figures, beside the naive replay's.
-std::string tableOf(Figures& flown, Figures& naive);
+/// The table of one set of figures, beside those of the timing of legs alone and of the naive replay.
+std::string tableOf(Figures& flown, Figures& timed, Figures& naive);
 
 } // namespace kst::bench

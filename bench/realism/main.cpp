@@ -1,7 +1,9 @@
 // bench_realism: how well the program flies recorded flights. See --help.
 
 #include "bench/realism/apronpage.h"
+#include "bench/realism/causes.h"
 #include "bench/realism/figures.h"
+#include "bench/realism/linematch.h"
 #include "core/reasoncounts.h"
 #include "support/places.h"
 #include "tools/measureflights/measure.h"
@@ -90,11 +92,13 @@ void writePage(const std::filesystem::path& file, const RecordedFlight& flight, 
     flights.targets.push_back({20001, "SHOWN", "", flight.reports.front().type, played.line});
     flights.objects.push_back({3, "SHOWN", flight.name, pathOf(played)});
     Figures flown;
+    Figures timed;
     Figures naive;
     flown.add(flight, played, played.flown);
+    timed.add(flight, played, played.timed);
     naive.add(flight, played, played.naive);
     std::ofstream out(file, std::ios::binary);
-    out << tool::flightPageOf(tool::measure(flights), flight.name, tableOf(flown, naive));
+    out << tool::flightPageOf(tool::measure(flights), flight.name, tableOf(flown, timed, naive));
     if (!out.flush()) {
         throw std::runtime_error("cannot write the page");
     }
@@ -114,18 +118,30 @@ void writePath(const std::filesystem::path& file, const PlayedFlight& played) {
     out << "at,lat,lon,alt_ft,wheels_ft,pitch_deg,bank_deg,heading_deg,speed_kt,from_line_m,lag_s,lead_limit_"
            "s,lag_limit_s,stage,on_"
            "ground,"
-           "coasting\n";
+           "coasting,leg_left_s,leg_kind,points,timed_lag_s,timed_from_line_m\n";
+    std::vector<ShownPlace> flown;
+    std::vector<ShownPlace> timed;
     for (std::size_t i = 0; i < played.flown.size(); i += every) {
         const Sample& sample = played.flown[i];
-        const auto place =
-            tool::placeOnLine(played.line, {sample.at, sample.position, sample.altFt, 0.0, sample.onGround});
+        const bool anew = i > 0 && sample.objectId != played.flown[i - every].objectId;
+        flown.push_back({sample.at, sample.position, anew});
+        timed.push_back({sample.at, played.timed[i].position, anew});
+    }
+    const auto places = placesOnLine(played.line, flown);
+    const auto timedPlaces = placesOnLine(played.line, timed);
+    for (std::size_t i = 0; i < played.flown.size(); i += every) {
+        const Sample& sample = played.flown[i];
+        const auto& place = places[i / every];
+        const auto& ideal = timedPlaces[i / every];
         out << fmt::format(
             "{:.2f},{:.6f},{:.6f},{:.1f},{:.1f},{:.2f},{:.2f},{:.2f},{:.1f},{:.1f},{:.2f},{:.1f},{:.1f},{},{:"
-            "d},{:d}\n",
+            "d},{:d},{:.2f},{:d},{:.0f},{:.2f},{:.1f}\n",
             sample.at, sample.position.lat, sample.position.lon, sample.altFt, sample.wheelsFt,
             sample.pitch * degPerRad, sample.bank * degPerRad, sample.heading * degPerRad, sample.speedKt,
             place ? place->distanceM : -1.0, place ? place->lagS : 0.0, sample.leadLimitS, sample.lagLimitS,
-            stageNames[static_cast<std::size_t>(sample.stage)], sample.onGround, sample.coasting);
+            stageNames[static_cast<std::size_t>(sample.stage)], sample.onGround, sample.coasting,
+            sample.legLeftS, static_cast<int>(sample.leg), sample.points, ideal ? ideal->lagS : 0.0,
+            ideal ? ideal->distanceM : -1.0);
     }
     if (!out.flush()) {
         throw std::runtime_error("cannot write the path");
@@ -232,14 +248,18 @@ int runFlights(const Options& options) {
         return flight.name.find(options.only) == std::string::npos;
     });
     Figures flown;
+    Figures timed;
     Figures naive;
+    Causes causes;
     Outcomes outcomes;
     const RecordedFlight* worst = nullptr;
     double worstBadness = -1.0;
     for (const RecordedFlight& flight : flights) {
         const PlayedFlight played = playFlight(flight);
         flown.add(flight, played, played.flown);
+        timed.add(flight, played, played.timed);
         naive.add(flight, played, played.naive);
+        causes.add(flight, played);
         Figures own;
         own.add(flight, played, played.flown);
         outcomes.add(flight, played, own);
@@ -252,7 +272,8 @@ int runFlights(const Options& options) {
         }
     }
     outcomes.print();
-    fmt::print("\n{}", tableOf(flown, naive));
+    fmt::print("\n{}", tableOf(flown, timed, naive));
+    fmt::print("\n{}", causes.text());
     if (worst != nullptr) {
         fmt::print("\nworst flight: {}\n", worst->name);
         const PlayedFlight played = playFlight(*worst);

@@ -1,5 +1,6 @@
 #include "bench/realism/play.h"
 
+#include "bench/realism/legwatch.h"
 #include "core/geodesy.h"
 #include "core/parameters.h"
 #include "core/parkairport.h"
@@ -108,6 +109,7 @@ private:
     }
 
     void sample(PlayedFlight& played) {
+        legs_.pass(liveAcs.empty() ? nullptr : &liveAcs.front(), world_.seconds());
         secondPass_ = !secondPass_;
         if (secondPass_ || liveAcs.empty()) {
             return;
@@ -140,14 +142,14 @@ private:
         now.heading = object->place.headingRad;
         now.wheelsFt = standin::aboveGroundFt(*object, world_.simulator().terrain()) - cgFt_;
         now.speedKt = object->airspeedKt;
-        now.leadLimitS = static_cast<float>(ac.maxLeadTicks) / ticksPerSecond;
-        now.lagLimitS = static_cast<float>(ac.maxLagTicks) / ticksPerSecond;
         now.objectId = ac.objectId;
         now.stage = stageOf(ac);
         now.onGround = world_.simulator().onGround(*object);
         now.coasting = ac.reckonLeft > 0;
         now.reason = ac.reason;
+        legs_.describe(now);
         played.flown.push_back(now);
+        played.timed.push_back(legs_.timed(now));
     }
 
     /// Straight lines between the points, on the ground on the wheels, the nose along the line.
@@ -198,6 +200,7 @@ private:
     std::uint32_t objectId_ = 0;
     double settled_ = 0.0;
     double cgFt_ = 0.0;
+    LegWatch legs_;
     bool secondPass_ = false;
 };
 

@@ -34,27 +34,6 @@ Points::const_iterator firstAfter(const Points& points, double time) {
                             [](double t, const TrackPoint& point) { return t < point.time; });
 }
 
-/// The place on the piece from a to b that is nearest to `position`, which should be passed at `expected`.
-OnLine onPiece(const TrackPoint& a, const TrackPoint& b, LatLon position, double expected) {
-    const Metres toA = metresFrom(position, a.position);
-    const Metres toB = metresFrom(position, b.position);
-    const double east = toB.east - toA.east;
-    const double north = toB.north - toA.north;
-    const double length = std::hypot(east, north);
-    const double seconds = b.time - a.time;
-    double share = seconds > 0.0 ? std::clamp((expected - a.time) / seconds, 0.0, 1.0) : 0.0;
-    if (length > sameDistanceM) {
-        share = std::clamp(-(toA.east * east + toA.north * north) / (length * length), 0.0, 1.0);
-    }
-    OnLine place;
-    place.distanceM = std::hypot(toA.east + share * east, toA.north + share * north);
-    place.lagS = expected - (a.time + share * seconds);
-    place.speedKt = seconds > 0.0 ? length / metresPerNm / seconds * secondsPerHour : 0.0;
-    place.altFt = a.altFt + share * (b.altFt - a.altFt);
-    place.onGround = a.onGround || b.onGround;
-    return place;
-}
-
 } // namespace
 
 Spread spreadOf(std::vector<double>& values) {
@@ -75,6 +54,27 @@ double metresBetween(LatLon a, LatLon b) {
     return std::hypot(way.east, way.north);
 }
 
+OnLine placeOnPiece(const TrackPoint& a, const TrackPoint& b, LatLon position, double expected) {
+    const Metres toA = metresFrom(position, a.position);
+    const Metres toB = metresFrom(position, b.position);
+    const double east = toB.east - toA.east;
+    const double north = toB.north - toA.north;
+    const double length = std::hypot(east, north);
+    const double seconds = b.time - a.time;
+    double share = seconds > 0.0 ? std::clamp((expected - a.time) / seconds, 0.0, 1.0) : 0.0;
+    if (length > sameDistanceM) {
+        share = std::clamp(-(toA.east * east + toA.north * north) / (length * length), 0.0, 1.0);
+    }
+    OnLine place;
+    place.distanceM = std::hypot(toA.east + share * east, toA.north + share * north);
+    place.time = a.time + share * seconds;
+    place.lagS = expected - place.time;
+    place.speedKt = seconds > 0.0 ? length / metresPerNm / seconds * secondsPerHour : 0.0;
+    place.altFt = a.altFt + share * (b.altFt - a.altFt);
+    place.onGround = a.onGround || b.onGround;
+    return place;
+}
+
 std::optional<OnLine> placeOnLine(const Points& line, const TrackPoint& shown) {
     const double expected = shown.time - playDelaySeconds;
     if (line.size() < 2 || expected < line.front().time || expected > line.back().time) {
@@ -84,7 +84,7 @@ std::optional<OnLine> placeOnLine(const Points& line, const TrackPoint& shown) {
     from -= from == line.begin() ? 0 : 1;
     OnLine best;
     for (auto a = from; a + 1 != line.end() && a->time <= expected + windowSeconds; ++a) {
-        const OnLine place = onPiece(*a, *(a + 1), shown.position, expected);
+        const OnLine place = placeOnPiece(*a, *(a + 1), shown.position, expected);
         const bool nearer = place.distanceM < best.distanceM - sameDistanceM;
         const bool asNear = place.distanceM < best.distanceM + sameDistanceM;
         if (nearer || (asNear && std::abs(place.lagS) < std::abs(best.lagS))) {

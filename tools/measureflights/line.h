@@ -30,11 +30,15 @@ double metresBetween(LatLon a, LatLon b);
 /// Where on the line an object is.
 struct OnLine {
     double distanceM = std::numeric_limits<double>::infinity();
+    double time = 0.0; ///< of the line
     double lagS = 0.0; ///< behind the line's time plus 30 seconds; negative is ahead
     double speedKt = 0.0;
     double altFt = 0.0;
     bool onGround = false; ///< one end of the piece is
 };
+
+/// The place on the straight piece from a to b nearest to `position`, which should be passed at `expected`.
+OnLine placeOnPiece(const TrackPoint& a, const TrackPoint& b, LatLon position, double expected);
 
 /// The place on the target's line nearest to where it is shown, within 45 s of the expected moment; nothing
 /// when the line does not reach that moment. `line` in order of time.

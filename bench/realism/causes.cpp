@@ -1,0 +1,204 @@
+#include "bench/realism/causes.h"
+
+#include "bench/realism/figures.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fmt/format.h>
+#include <functional>
+#include <vector>
+
+namespace kst::bench {
+
+namespace {
+
+constexpr double sameStepS = 5.0; ///< steps this near to each other are one
+constexpr double askedOffS = 3.0;
+constexpr double sameOffS = 2.0; ///< the ideal aircraft is as far off as the flown one to within this
+constexpr double beyondSlackS = 1.0;
+constexpr double judgedS = 0.5;
+
+// How long what happened counts as the cause: the limits, once widened, shrink by a second a leg.
+constexpr double respawnCountsS = 120.0;
+constexpr double silenceCountsS = 120.0;
+
+// A line that turns back on itself has no one place for an aircraft.
+constexpr double turnBackDeg = 120.0;
+constexpr double turnBackWindowS = 30.0;
+constexpr double samePlaceM = 5.0;
+
+constexpr std::size_t mostNamed = 12;
+
+double bearing(LatLon a, LatLon b) {
+    return std::atan2(std::remainder(b.lon - a.lon, 360.0) * std::cos(a.lat * radPerDeg), b.lat - a.lat);
+}
+
+bool turnsBack(const std::vector<tool::TrackPoint>& line, double time) {
+    double way = 0.0;
+    bool moved = false;
+    auto b = std::ranges::lower_bound(line, time - turnBackWindowS, {}, &tool::TrackPoint::time);
+    b += b == line.begin() ? 1 : 0;
+    for (; b < line.end() && (b - 1)->time < time + turnBackWindowS; ++b) {
+        if (tool::metresBetween((b - 1)->position, b->position) < samePlaceM) {
+            continue;
+        }
+        const double next = bearing((b - 1)->position, b->position);
+        if (moved && std::abs(std::remainder(next - way, 2.0 * pi)) * degPerRad > turnBackDeg) {
+            return true;
+        }
+        way = next;
+        moved = true;
+    }
+    return false;
+}
+
+std::string_view causeOfStep(const Sample& sample) {
+    switch (sample.leg) {
+    case LegKind::Cut:
+        if (sample.respawned && sample.sinceSpawnS < respawnCountsS) {
+            return "leg cut by the lag limit, late by a respawn";
+        }
+        return sample.sinceCoastedS < silenceCountsS
+                   ? "leg cut by the lag limit that shrinks after a silence"
+                   : "leg cut by the lag limit, the track is slower told than moved";
+    case LegKind::Resumed:
+        return "data back: leg timed from the invented point";
+    case LegKind::Curve:
+        return "corner's curve, faster at one end";
+    case LegKind::Usual:
+        break;
+    }
+    return "other";
+}
+
+std::string_view causeOfBeyond(const Sample& sample, const std::vector<tool::TrackPoint>& line,
+                               bool timedToo) {
+    if (turnsBack(line, sample.at - tool::playDelaySeconds)) {
+        return "the line turns back on itself";
+    }
+    if (sample.dueMoved) {
+        return "due times in a track rise: moved behind that of a late leg";
+    }
+    if (sample.respawned && sample.sinceSpawnS < respawnCountsS) {
+        return "late by a respawn";
+    }
+    if (sample.sinceCoastedS < silenceCountsS) {
+        return "limit that shrinks after a silence";
+    }
+    if (sample.leg == LegKind::Curve) {
+        return "corner's curve";
+    }
+    return timedToo ? "other, the ideal aircraft as well" : "other";
+}
+
+/// The largest step within some seconds of one moment.
+double stepRound(const PlayedFlight& played, const std::vector<Sample>& samples, std::size_t i) {
+    double worst = 0.0;
+    const double at = samples[i].at;
+    while (i > 1 && samples[i - 1].at > at - sameStepS) {
+        --i;
+    }
+    for (; i < samples.size() && samples[i].at < at + sameStepS; ++i) {
+        worst = std::max(worst, stepRatio(played, samples[i - 1], samples[i]));
+    }
+    return worst;
+}
+
+std::string namesOf(const std::map<std::string, double>& flights) {
+    std::vector<std::pair<double, std::string>> byWorst;
+    for (const auto& [name, worst] : flights) {
+        byWorst.emplace_back(worst, name);
+    }
+    std::ranges::sort(byWorst, std::greater());
+    std::string out;
+    for (std::size_t i = 0; i < std::min(byWorst.size(), mostNamed); ++i) {
+        out += fmt::format("{}{} ({:.1f})", i == 0 ? "      " : ", ", byWorst[i].second, byWorst[i].first);
+    }
+    return out + (byWorst.size() > mostNamed ? ", ...\n" : "\n");
+}
+
+} // namespace
+
+void Causes::add(const RecordedFlight& flight, const PlayedFlight& played) {
+    addSteps(flight, played);
+    addTimes(flight, played);
+}
+
+void Causes::addSteps(const RecordedFlight& flight, const PlayedFlight& played) {
+    double last = -2.0 * sameStepS;
+    for (std::size_t i = 1; i < played.flown.size(); ++i) {
+        const Sample& now = played.flown[i];
+        if (stepRatio(played, played.flown[i - 1], now) <= longestStep) {
+            continue;
+        }
+        const bool anew = now.at - last > sameStepS;
+        last = now.at;
+        if (anew) {
+            Cause& cause = steps_[causeOfStep(now)];
+            cause.amount += 1.0;
+            cause.timedToo += stepRound(played, played.timed, i) > longestStep ? 1.0 : 0.0;
+            double& own = cause.flights[flight.name];
+            own = std::max(own, stepRound(played, played.flown, i));
+        }
+    }
+}
+
+void Causes::addTimes(const RecordedFlight& flight, const PlayedFlight& played) {
+    std::map<double, double> timedLag;
+    for (const JudgedPlace& judged : judgedPlaces(played, played.timed)) {
+        if (judged.timed()) {
+            timedLag[judged.sample->at] = judged.place.lagS;
+        }
+    }
+    for (const JudgedPlace& judged : judgedPlaces(played, played.flown)) {
+        if (!judged.timed()) {
+            continue;
+        }
+        const Sample& sample = *judged.sample;
+        const double lagS = judged.place.lagS;
+        const auto timed = timedLag.find(sample.at);
+        const double timedToo =
+            timed != timedLag.end() && std::abs(timed->second - lagS) < sameOffS ? judgedS : 0.0;
+        Off& off = off_[static_cast<std::size_t>(sample.stage)];
+        off.judged += judgedS;
+        if (std::abs(lagS) > askedOffS) {
+            off.off += judgedS;
+            off.timedToo += timedToo;
+        }
+        const double over = beyondDriftLimit(judged);
+        if (over > beyondSlackS && judged.onLine()) {
+            Cause& cause = beyond_[causeOfBeyond(sample, played.line, timedToo > 0.0)];
+            cause.amount += judgedS;
+            cause.timedToo += timedToo;
+            double& own = cause.flights[flight.name];
+            own = std::max(own, over);
+        }
+    }
+}
+
+std::string Causes::text() const {
+    std::string out = "causes; in brackets how much of it the ideal aircraft (timed) has as well\n"
+                      "off the 30 s by more than 3 s\n";
+    for (std::size_t i = 0; i < stageCount; ++i) {
+        if (const Off& off = off_[i]; off.judged > 0.0) {
+            out += fmt::format("  {:9} {:7.0f} s of {:7.0f} s ({:.0f} %)\n", stageNames[i], off.off,
+                               off.judged, off.off > 0.0 ? 100.0 * off.timedToo / off.off : 0.0);
+        }
+    }
+    const std::pair<std::string, const ByCause*> all[] = {
+        {fmt::format("steps beyond {} times the speed, with the worst of each flight", longestStep), &steps_},
+        {fmt::format("seconds more than {:.0f} s beyond the drift limit, with the worst of each flight",
+                     beyondSlackS),
+         &beyond_}};
+    for (const auto& [title, causes] : all) {
+        out += title + "\n";
+        for (const auto& [name, cause] : *causes) {
+            out += fmt::format("  {:65} {:6.0f} ({:.0f}) in {} flights\n", name, cause.amount, cause.timedToo,
+                               cause.flights.size());
+            out += namesOf(cause.flights);
+        }
+    }
+    return out;
+}
+
+} // namespace kst::bench
