@@ -244,30 +244,6 @@ TEST_F(Flights, DepartureRotatesClimbsAndNeverSinks) {
     }
 }
 
-TEST_F(Flights, GoAroundClimbsAwayWithoutTouchingTheGround) {
-    RealAircraft real(offset(airportPlace, 270.0, 5.0 * metresPerNm), runwayDeg, 145.0,
-                      airportElevationFt + 1650.0);
-    real.go(95, 0, -780, 0);
-    real.go(6, 0, 0, 0);
-    real.go(90, 0.4, 1800, 0);
-    Flown flown = replay(real.reports(), AcPhase::Air, runwayDeg);
-    bool approached = false;
-    bool brokenOff = false;
-    double lowest = 1e9;
-    flown.flyTo(now + 18000, [&](const LiveAc& ac) {
-        approached = approached || ac.landing;
-        brokenOff = brokenOff || (approached && ac.goAroundDone);
-        lowest = std::min(lowest, ac.simState.altFt);
-        ASSERT_FALSE(ac.onGround);
-    });
-    ASSERT_FALSE(flown.gone());
-    EXPECT_TRUE(approached);
-    EXPECT_TRUE(brokenOff);
-    EXPECT_GT(lowest, airportElevationFt + 200.0);
-    EXPECT_GT(flown.ac().simState.altFt, airportElevationFt + 1800.0);
-    expectSmooth(flown, 180.0, "go-around");
-}
-
 TEST_F(Flights, HelicopterComesToAHoverAndFliesOnWithoutAJerk) {
     RealAircraft real(offset(airportPlace, 270.0, 3000.0), runwayDeg, 80.0, airportElevationFt + 600.0);
     real.go(40, 0, 0, 0);
@@ -310,29 +286,6 @@ TEST_F(Flights, ShakyFeedStillFliesSmoothly) {
     ASSERT_FALSE(flown.gone());
     EXPECT_TRUE(flown.ac().landed);
     expectSmooth(flown, 190.0, "shaky arrival");
-}
-
-TEST_F(Flights, ReplayKeepsToTheFeedsTimeWithinItsDriftLimits) {
-    // The feed's speeds are 10 percent too low: left to them, the replay would fall ever further behind.
-    std::vector<TrackPoint> reports;
-    {
-        RealAircraft real(offset(airportPlace, 0.0, 60000.0), runwayDeg, 420.0, 20000.0);
-        real.go(400, 0, 0, 0);
-        reports = real.reports();
-    }
-    for (TrackPoint& point : reports) {
-        point.gsKt *= 0.9;
-    }
-    Flown flown = replay(reports, AcPhase::Air, runwayDeg);
-    flown.reportHeights(false);
-    flown.flyTo(now + 36000);
-    ASSERT_FALSE(flown.gone());
-    // Where the real aircraft was 10 seconds before the moment that is played, or later.
-    const std::size_t latest = 36000 / 400 - 3;
-    const double behind = gf_distanceNm(flown.ac().simState.position(), reports[latest].position()) -
-                          gf_distanceNm(reports[latest].position(), reports[latest + 3].position());
-    EXPECT_LT(behind, 0.1);
-    expectSmooth(flown, 420.0, "cruise");
 }
 
 TEST_F(Flights, SilenceInTheDescentEndsAboveTheGround) {
