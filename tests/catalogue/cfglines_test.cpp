@@ -4,6 +4,7 @@
 
 #include <random>
 #include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -37,59 +38,21 @@ std::vector<KeyRule> keyRules() {
 class LineMaker {
 public:
     std::string line() {
-        static const std::vector<std::string> pieces = {" ",
-                                                        "\t",
-                                                        "\v",
-                                                        "\f",
-                                                        "\r",
-                                                        "\n",
-                                                        std::string(1, '\0'),
-                                                        "=",
-                                                        "==",
-                                                        "[",
-                                                        "]",
-                                                        "//",
-                                                        "_",
-                                                        ",",
-                                                        ";",
-                                                        "title",
-                                                        "TITLE",
-                                                        "TiTle",
-                                                        "titles",
-                                                        "sim",
-                                                        "SIM",
-                                                        "simx",
-                                                        "model",
-                                                        "Model",
-                                                        "texture",
-                                                        "TEXTURE",
-                                                        "atc_model",
-                                                        "atc_id",
-                                                        "ATC_ID",
-                                                        "atc_parking_codes",
-                                                        "atc_parking_types",
-                                                        "ATC_Parking_Types",
-                                                        "atc",
-                                                        "\xC3\xA9",
-                                                        "\xE9",
-                                                        "\xA0",
-                                                        "\x85",
-                                                        "\xE2\x80\xA8",
-                                                        "x",
-                                                        "KLM 737",
-                                                        "0",
-                                                        "99",
-                                                        "[fltsim.",
-                                                        "[FLTSIM.",
-                                                        "[FltSim.",
-                                                        "fltsim",
-                                                        "[fltsim.0]",
-                                                        "[fltsim.12]",
-                                                        "[fltsim.2147483648]",
-                                                        "title=",
-                                                        "title =",
-                                                        "model=x",
-                                                        " = "};
+        // A piece between each two bars.
+        static const std::vector<std::string> pieces = [] {
+            std::vector<std::string> found;
+            std::istringstream all(
+                " |\t|\v|\f|\r|\n|=|==|[|]|//|_|,|;|title|TITLE|TiTle|titles|sim|SIM|simx|model|Model|"
+                "texture|TEXTURE|atc_model|atc_id|ATC_ID|atc_parking_codes|atc_parking_types|"
+                "ATC_Parking_Types|atc|\xC3\xA9|\xE9|\xA0|\x85|\xE2\x80\xA8|x|KLM 737|0|99|[fltsim.|"
+                "[FLTSIM.|[FltSim.|fltsim|[fltsim.0]|[fltsim.12]|[fltsim.2147483648]|title=|title =|"
+                "model=x| = |");
+            for (std::string piece; std::getline(all, piece, '|');) {
+                found.push_back(piece);
+            }
+            found.emplace_back(1, '\0');
+            return found;
+        }();
         std::string text;
         const int count = std::uniform_int_distribution<int>(0, 6)(random_);
         for (int i = 0; i < count; ++i) {

@@ -6,6 +6,7 @@
 #include "core/parameters.h"
 #include "core/random.h"
 #include "support/tempfolder.h"
+#include "support/thrown.h"
 
 #include <gtest/gtest.h>
 
@@ -347,13 +348,8 @@ TEST_F(Ladder, RefusedTitleIsNeverGivenAgainAndTheTwentiethStops) {
     EXPECT_TRUE(again.liveryTitle.empty());
     EXPECT_EQ(matchSteps[1], matches) << "a refused title is no match";
     EXPECT_FALSE(gf_matchStaticLivery(again, {}));
-    try {
-        gf_liveryCreateFailed(ac);
-        ADD_FAILURE() << "the twentieth refusal goes on";
-    } catch (const UserErrorException& error) {
-        EXPECT_STREQ(error.what(),
-                     "81: there are too many liveries that could not be created by P3D!, see Log.txt");
-    }
+    EXPECT_EQ(test::thrown<UserErrorException>([&] { gf_liveryCreateFailed(ac); }),
+              "81: there are too many liveries that could not be created by P3D!, see Log.txt");
     clearMessage();
 }
 

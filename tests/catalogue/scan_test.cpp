@@ -14,6 +14,7 @@
 #include "support/places.h"
 #include "support/progresswatch.h"
 #include "support/tempfolder.h"
+#include "support/thrown.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -207,14 +208,7 @@ TEST_F(LiveryScan, AScanWithoutResultTellsWhatToDo) {
     folder.write("output/errors/Fixes.txt", "old");
     SCAN_LIVERIES.set(true);
     LIG_AUTOMATIC.set(true);
-    const auto message = [] {
-        try {
-            gf_scanLiveries();
-        } catch (const UserErrorException& error) {
-            return std::string(error.what());
-        }
-        return std::string();
-    };
+    const auto message = [] { return test::thrown<UserErrorException>(gf_scanLiveries); };
     EXPECT_EQ(message(), "43: Automatic scan has not found any liveries, switch off automatic and set "
                          "lfolder parameter(-s), Manual 5.1");
     EXPECT_FALSE(fs::exists("output/LiveriesScanned.xml"));

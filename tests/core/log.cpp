@@ -3,6 +3,7 @@
 #include "core/exceptions.h"
 #include "core/linelimiter.h"
 #include "support/tempfolder.h"
+#include "support/thrown.h"
 #include "support/virtualtime.h"
 
 #include <algorithm>
@@ -77,14 +78,8 @@ TEST_F(LogTest, ALogThatCannotBeCreatedEndsTheStart) {
     for (const char* name : {"Log.txt", "Log0.txt", "Log00.txt"}) {
         std::filesystem::create_directories(std::filesystem::path(name) / "in the way");
     }
-    try {
-        openLog();
-        FAIL() << "no exception";
-    } catch (const SysErrorException& error) {
-        EXPECT_EQ(error.code(), 40);
-        EXPECT_EQ(std::string(error.what()),
-                  fmt::format("sys error 40: Failed to write file {}", (folder.path() / "Log.txt").string()));
-    }
+    EXPECT_EQ(test::thrown<SysErrorException>(openLog),
+              fmt::format("sys error 40: Failed to write file {}", (folder.path() / "Log.txt").string()));
     logLine("must be ignored while no log is open");
     EXPECT_TRUE(std::filesystem::is_directory("Log.txt"));
 }

@@ -53,10 +53,14 @@ void learn() {
             stand.options.push_back(drawnOption(fmt::format("HB-{}", ++registrations)));
         }
         stand.radius_change = randomBelow(3) == 0;
+        if (stand.radius_change) {
+            stand.radius = (1 + randomBelow(500)) / 10.0 / metresPerNm;
+        }
         stand.cargo_change = randomBelow(3) == 0;
+        stand.cargo = stand.cargo != stand.cargo_change;
     }
     ParkPos made = airport.stands.front();
-    made.id = fmt::format("by hand {}", airport.stands.size());
+    made.id = fmt::format("nach Größe {}", airport.stands.size());
     made.latitude = 47.0;
     made.radius = 20.0 / metresPerNm;
     made.manual = true;

@@ -5,6 +5,7 @@
 #include "scanner/scenerydiscovery.h"
 #include "scanner/stockscenery.h"
 #include "support/tempfolder.h"
+#include "support/thrown.h"
 
 #include <string>
 #include <vector>
@@ -107,13 +108,8 @@ TEST_F(SceneryDiscovery, TheUsersFoldersMayNotBeTheStockAirports) {
     EXPECT_THAT(folders, ElementsAre("also mine", "D:\\Mine"));
 
     afolder[3].set("sim v5\\Scenery\\World");
-    try {
-        lf_collectAfolders(folders);
-        ADD_FAILURE() << "stock airports were accepted";
-    } catch (const UserErrorException& error) {
-        EXPECT_STREQ(error.what(),
-                     "42: parameter afolder3 points to stock airports instead of add-on airports!");
-    }
+    EXPECT_EQ(test::thrown<UserErrorException>([&] { lf_collectAfolders(folders); }),
+              "42: parameter afolder3 points to stock airports instead of add-on airports!");
     // Without a simulator there are no stock airports that a folder could lie in.
     SIM_INSTALL_PATH.set("");
     lf_setStockAirportsPath();

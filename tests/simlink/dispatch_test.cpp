@@ -8,6 +8,7 @@
 #include "simlink/objectcommands.h"
 #include "simlink/session.h"
 #include "simlink/simscene.h"
+#include "support/thrown.h"
 
 #include <cmath>
 #include <functional>
@@ -78,26 +79,16 @@ TEST_F(Dispatch, AnotherVersionThanTheInstalledOneIsAnError) {
             EXPECT_TRUE(scene.tell(openMessage(c.name))) << c.name << c.installPath;
             continue;
         }
-        try {
-            scene.tell(openMessage(c.name));
-            ADD_FAILURE() << c.name << " with " << c.installPath;
-        } catch (const UserErrorException& error) {
-            EXPECT_EQ(error.code(), 78);
-            EXPECT_EQ(std::string(error.what()),
-                      "78: wrong P3D version \"" + std::string(c.name) + " (5.3.17.28160)\" connects ... ?");
-        }
+        EXPECT_EQ(thrown<UserErrorException>([&] { scene.tell(openMessage(c.name)); }),
+                  "78: wrong P3D version \"" + std::string(c.name) + " (5.3.17.28160)\" connects ... ?");
         EXPECT_TRUE(controlEnabled(control::AllInstallPath)) << "the user can correct the path";
     }
 }
 
 TEST_F(Dispatch, AnotherSimulatorIsAnError) {
     for (const std::string name : {"KittyHawk", "SunRise"}) {
-        try {
-            scene.tell(openMessage(name));
-            ADD_FAILURE() << name;
-        } catch (const UserErrorException& error) {
-            EXPECT_EQ(std::string(error.what()), "78: " + name + ", (MSFS) not being P3D connects ... ?");
-        }
+        EXPECT_EQ(thrown<UserErrorException>([&] { scene.tell(openMessage(name)); }),
+                  "78: " + name + ", (MSFS) not being P3D connects ... ?");
     }
 }
 
@@ -185,13 +176,8 @@ TEST_F(Dispatch, AnUnrecognizedIdBeforeTheFirstPositionIsNotLogged) {
 }
 
 TEST_F(Dispatch, AVersionMismatchIsAnError) {
-    try {
-        scene.tell(exceptionMessage(5, 1, 42));
-        ADD_FAILURE() << "no error";
-    } catch (const UserErrorException& error) {
-        EXPECT_EQ(error.code(), 95);
-        EXPECT_EQ(std::string(error.what()), "95: Simconnect Version Mismatch, dwindex: 42 ");
-    }
+    EXPECT_EQ(thrown<UserErrorException>([&] { scene.tell(exceptionMessage(5, 1, 42)); }),
+              "95: Simconnect Version Mismatch, dwindex: 42 ");
 }
 
 // ---- the user ----
@@ -275,11 +261,7 @@ TEST_F(Dispatch, TheSimulatorsTimeIsTakenWhileTrafficFollowsIt) {
         std::int64_t epoch;
     };
     const Case cases[] = {
-        {1970, 1, 0, 0},
-        {2024, 59, 36000, 1709114400},  // 28 February 2024 10:00
-        {2024, 60, 36000, 1709200800},  // 29 February
-        {2024, 61, 0, 1709251200},      // 1 March
-        {2023, 60, 0, 1677628800},      // 1 March of a common year
+        {2024, 60, 36000, 1709200800},  // 29 February 2024 10:00
         {2024, 366, 86399, 1735689599}, // the last second of the year
     };
     scene.tell(userMessage({}));

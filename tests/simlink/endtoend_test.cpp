@@ -162,46 +162,6 @@ TEST_F(InMemory, AnAircraftIsCreatedMovedDressedAndRemoved) {
     EXPECT_TRUE(simulator->complaints().empty());
 }
 
-TEST_F(InMemory, ARefusedCreationIsReportedForTheRightAircraft) {
-    UserData user;
-    lf_requestUserPosition(user);
-    run(2);
-    lf_createFromQueue(airborneRequest("SWR100", 20001));
-    run(2);
-    world.refuseNextCreations(1);
-    lf_createFromQueue(airborneRequest("SWR200", 20002));
-    lf_createFromQueue(airborneRequest("SWR300", 20003));
-    const auto refused = answer(SimCommand::Kind::CreationRefused);
-    ASSERT_TRUE(refused);
-    EXPECT_EQ(refused->id, 20002U);
-    EXPECT_NE(world.findTail("SWR300"), nullptr);
-    EXPECT_EQ(world.findTail("SWR200"), nullptr);
-}
-
-TEST_F(InMemory, WhatTheUserDoesToTheSimulatorReachesTheRun) {
-    UserData user;
-    lf_requestUserPosition(user);
-    run(2);
-    world.pause();
-    run(2);
-    EXPECT_FALSE(simRunning);
-    world.resume();
-    run(2);
-    EXPECT_TRUE(simRunning);
-    world.loadFlight("Approach.fxml");
-    run(2);
-    EXPECT_TRUE(scene.logged("New file loaded\n"));
-    EXPECT_EQ(exitReason, ExitReason::Restart);
-}
-
-TEST_F(InMemory, TheSimulatorClosesAndTheSessionWithIt) {
-    run(2);
-    world.quit();
-    EXPECT_FALSE(run(5));
-    EXPECT_EQ(exitReason, ExitReason::SimClosed);
-    EXPECT_FALSE(simSessionStands());
-}
-
 /// The stand-in simulator behind its sockets, on a thread of its own.
 class ServedSimulator {
 public:

@@ -5,6 +5,7 @@
 #include "platform/paths.h"
 #include "simlink/flightplans.h"
 #include "simlink/simscene.h"
+#include "support/thrown.h"
 
 #include <gtest/gtest.h>
 
@@ -112,12 +113,8 @@ TEST(FlightPlan, TheFolderIsMadeAndRemovedWithWhatIsInIt) {
 
     std::filesystem::remove("output");
     folder.write("output", "a file is in the way");
-    try {
-        lf_prepareFlightPlanFolder();
-        ADD_FAILURE() << "no error";
-    } catch (const std::filesystem::filesystem_error& error) {
-        EXPECT_NE(std::string(error.what()).find("create_directory"), std::string::npos);
-    }
+    EXPECT_NE(thrown<std::filesystem::filesystem_error>(lf_prepareFlightPlanFolder).find("create_directory"),
+              std::string::npos);
 }
 
 } // namespace

@@ -8,11 +8,12 @@
 #include "simlink/session.h"
 #include "simlink/simscene.h"
 #include "support/userregistry.h"
+#include "tests/simulator/vocabulary.h"
 
 #include <algorithm>
-#include <map>
 #include <thread>
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 namespace kst::test {
@@ -30,110 +31,35 @@ TEST(SessionSetup, DeclaresEventsAndDataInOrder) {
     scene.open(true);
     ASSERT_FALSE(scene.sent.empty());
     EXPECT_EQ(operationOf(scene.sent.front()), 0x01U);
-
-    // Kind and id of each packet, equal neighbours once.
-    std::vector<std::pair<std::uint32_t, std::uint32_t>> order;
+    std::vector<std::string> declared;
     for (std::size_t i = 1; i < scene.sent.size(); ++i) {
-        const std::pair step{operationOf(scene.sent[i]), fieldOf(scene.sent[i], 16)};
-        if (order.empty() || order.back() != step) {
-            order.push_back(step);
+        const Packet& packet = scene.sent[i];
+        const std::uint32_t operation = operationOf(packet);
+        const std::uint32_t id = fieldOf(packet, 16);
+        if (operation == 0x0C) {
+            declared.push_back(fmt::format("{} {} {}|{}|{}", operation, id, textOf(packet, 20),
+                                           textOf(packet, 276), fieldOf(packet, 532)));
+            EXPECT_EQ(fieldOf(packet, 536), 0U) << "epsilon";
+            EXPECT_EQ(fieldOf(packet, 540), 0xFFFFFFFFU) << "datum id";
+        } else if (operation == 0x07) {
+            declared.push_back(fmt::format("{} {} {}", operation, id, fieldOf(packet, 20)));
+            EXPECT_EQ(fieldOf(packet, 24), 1U) << "maskable";
+        } else if (operation == 0x09) {
+            declared.push_back(fmt::format("{} {} {}", operation, id, fieldOf(packet, 20)));
+        } else {
+            declared.push_back(fmt::format("{} {} {}||0", operation, id, textOf(packet, 20)));
         }
     }
-    std::vector<std::pair<std::uint32_t, std::uint32_t>> expected;
-    for (const std::uint32_t event : {201, 202, 203, 205, 206, 204}) {
-        expected.emplace_back(0x17, event);
+    std::vector<std::string> expected;
+    for (const Declaration& each : vocabulary) {
+        expected.push_back(
+            fmt::format("{} {} {}|{}|{}", each.operation, each.id, each.name, each.unit, each.type));
     }
-    for (const std::uint32_t definition : {407, 408, 409, 402, 403, 405, 404}) {
-        expected.emplace_back(0x0C, definition);
+    for (const std::uint32_t event : groupEvents) {
+        expected.push_back(fmt::format("{} 301 {}", 0x07, event));
     }
-    for (const std::uint32_t event :
-         {220, 221, 222, 223, 218, 219, 208, 207, 211, 209, 210, 213, 212, 214, 215, 216, 217}) {
-        expected.emplace_back(0x04, event);
-    }
-    expected.emplace_back(0x0C, 401);
-    expected.emplace_back(0x07, 301);
-    expected.emplace_back(0x09, 301);
-    EXPECT_EQ(order, expected);
-
-    std::vector<std::uint32_t> group;
-    for (const Packet& packet : scene.sentOf(0x07)) {
-        group.push_back(fieldOf(packet, 20));
-        EXPECT_EQ(fieldOf(packet, 24), 1U) << "maskable";
-    }
-    EXPECT_EQ(group, (std::vector<std::uint32_t>{208, 207, 211, 209, 210, 213, 212, 214, 218, 219, 220, 222,
-                                                 223, 215, 216, 217}));
-    EXPECT_EQ(fieldOf(scene.sentOf(0x09).at(0), 20), 1U);
-}
-
-TEST(SessionSetup, NamesAreThoseOfTheSimulator) {
-    SimScene scene;
-    scene.open(true);
-    std::map<std::uint32_t, std::string> events;
-    for (const std::uint32_t operation : {0x17U, 0x04U}) {
-        for (const Packet& packet : scene.sentOf(operation)) {
-            events[fieldOf(packet, 16)] = textOf(packet, 20);
-        }
-    }
-    const std::map<std::uint32_t, std::string> expectedEvents = {
-        {201, "Sim"},
-        {202, "ObjectAdded"},
-        {203, "ObjectRemoved"},
-        {204, "Frame"},
-        {205, "PositionChanged"},
-        {206, "FlightLoaded"},
-        {207, "BEACON_LIGHTS_SET"},
-        {208, "NAV_LIGHTS_SET"},
-        {209, "TAXI_LIGHTS_SET"},
-        {210, "STROBES_SET"},
-        {211, "LANDING_LIGHTS_SET"},
-        {212, "CABIN_LIGHTS_SET"},
-        {213, "LOGO_LIGHTS_SET"},
-        {214, "ALL_LIGHTS_TOGGLE"},
-        {215, "FREEZE_LATITUDE_LONGITUDE_SET"},
-        {216, "FREEZE_ALTITUDE_SET"},
-        {217, "FREEZE_ATTITUDE_SET"},
-        {218, "FLAPS_SET"},
-        {219, "SPOILERS_SET"},
-        {220, "GEAR_SET"},
-        {221, "ENGINE_AUTO_START"},
-        {222, "ENGINE_AUTO_SHUTDOWN"},
-        {223, "THROTTLE_SET"},
-    };
-    EXPECT_EQ(events, expectedEvents);
-
-    std::map<std::uint32_t, std::vector<std::string>> definitions;
-    for (const Packet& packet : scene.sentOf(0x0C)) {
-        definitions[fieldOf(packet, 16)].push_back(textOf(packet, 20) + "|" + textOf(packet, 276) + "|" +
-                                                   std::to_string(fieldOf(packet, 532)));
-        EXPECT_EQ(fieldOf(packet, 536), 0U) << "epsilon";
-        EXPECT_EQ(fieldOf(packet, 540), 0xFFFFFFFFU) << "datum id";
-    }
-    const std::vector<std::string> place = {"Plane Latitude|degree|4",
-                                            "Plane Longitude|degree|4",
-                                            "Plane Pitch degrees|radians|4",
-                                            "Plane Bank degrees|radians|4",
-                                            "Plane Heading degrees true|radians|4",
-                                            "Plane Altitude|feet|4"};
-    std::vector<std::string> position = place;
-    position.insert(position.end(), {"Vertical Speed|feet per second|4", "Airspeed True|knots|4"});
-    std::vector<std::string> user = place;
-    user.insert(user.end(),
-                {"Plane Alt Above Ground|feet|4", "Ground Velocity|knots|4", "ZULU TIME|Seconds|2",
-                 "ZULU DAY OF YEAR|Number|2", "ZULU YEAR|Number|2", "LIGHT STATES|Mask|2"});
-    const std::map<std::uint32_t, std::vector<std::string>> expectedDefinitions = {
-        {401,
-         {"SPOILERS HANDLE POSITION|percent|4", "GENERAL ENG THROTTLE LEVER POSITION:1|percent|4",
-          "GENERAL ENG THROTTLE LEVER POSITION:2|percent|4"}},
-        {402, position},
-        {403, user},
-        {404,
-         {"Plane Alt Above Ground|feet|4", "Ground Altitude|feet|4", "SIM ON GROUND|Bool|2", "ATC ID||6"}},
-        {405, {"Static CG to Ground|feet|4", "Static Pitch|radians|4"}},
-        {407, {"TITLE||11"}},
-        {408, {"ATC MODEL||6"}},
-        {409, {"SIM ON GROUND|Bool|2"}},
-    };
-    EXPECT_EQ(definitions, expectedDefinitions);
+    expected.push_back(fmt::format("{} 301 1", 0x09)); // the highest priority
+    EXPECT_EQ(declared, expected);
 }
 
 TEST(SessionEnd, QuitAndABrokenConnectionEndItInTheSameWay) {

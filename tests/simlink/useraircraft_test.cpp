@@ -6,6 +6,7 @@
 #include "model/units.h"
 #include "simlink/session.h"
 #include "simlink/simscene.h"
+#include "support/thrown.h"
 
 #include <gtest/gtest.h>
 
@@ -113,14 +114,8 @@ TEST_F(UserAircraftSaid, ACameraOrACrewHasTheSpanOfAMiddlingAirliner) {
 }
 
 TEST_F(UserAircraftSaid, AnEmptyModelIsAnError) {
-    try {
-        sayModel("");
-        ADD_FAILURE() << "no error";
-    } catch (const UserErrorException& error) {
-        EXPECT_EQ(error.code(), 71);
-        EXPECT_EQ(std::string(error.what()),
-                  "71: atc_model= in [General] section of your aircraft.cfg is empty or missing");
-    }
+    EXPECT_EQ(thrown<UserErrorException>([&] { sayModel(""); }),
+              "71: atc_model= in [General] section of your aircraft.cfg is empty or missing");
 }
 
 } // namespace

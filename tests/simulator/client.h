@@ -11,6 +11,8 @@
 #include <string_view>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 namespace kst::test {
 
 /// One message that the client received, cut into its head and a reader of the rest.
@@ -18,7 +20,10 @@ struct Received {
     std::uint32_t id = 0;
     standin::Bytes bytes;
 
-    standin::PacketReader body() const { return standin::PacketReader(standin::ByteView(bytes).subspan(12)); }
+    /// What stands behind the head and as many further words.
+    standin::PacketReader body(std::size_t words = 0) const {
+        return standin::PacketReader(standin::ByteView(bytes).subspan(12 + 4 * words));
+    }
 };
 
 class Client {
@@ -142,6 +147,18 @@ private:
 
 public:
     standin::Session session;
+};
+
+/// A world with one client that has declared all that the program declares.
+class Declared : public ::testing::Test {
+protected:
+    Declared() {
+        client.declareAll();
+        client.take();
+    }
+
+    standin::World world;
+    Client client{world};
 };
 
 } // namespace kst::test

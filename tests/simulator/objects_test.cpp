@@ -28,13 +28,11 @@ constexpr Placement overField{47.458, 8.548, 0.0, 0.0, 1.5, fieldFt + 1000.0};
 constexpr const char* a320 = "FSX A320 Test Air";
 constexpr double a320CgFt = 11.7;
 
-class Objects : public ::testing::Test {
+class Objects : public kst::test::Declared {
 protected:
-    Objects() : client(world) {
+    Objects() {
         world.terrain().addAirport(overField.lat, overField.lon, fieldFt);
         world.placeUser(overField.lat, overField.lon, 0.0, true);
-        client.declareAll();
-        client.take();
     }
 
     const Aircraft& object(std::uint32_t id) const { return *world.find(id); }
@@ -46,15 +44,11 @@ protected:
         for (const Received& message : client.take()) {
             if (message.id != RecvSimobjectDataByType)
                 continue;
-            PacketReader body = message.body();
-            body.skip(4);
+            PacketReader body = message.body(1);
             ids.push_back(body.u32());
         }
         return ids;
     }
-
-    World world;
-    Client client;
 };
 
 TEST_F(Objects, ACreationIsAssignedThenAddedThenScannedWithItsTailNumber) {
@@ -68,8 +62,7 @@ TEST_F(Objects, ACreationIsAssignedThenAddedThenScannedWithItsTailNumber) {
     EXPECT_GE(id, 3U);
     EXPECT_EQ(messages[1].id, RecvEventObjectAddRemove);
     EXPECT_EQ(messages[1].bytes.size(), 28U);
-    PacketReader added = messages[1].body();
-    added.skip(4);
+    PacketReader added = messages[1].body(1);
     EXPECT_EQ(added.u32(), EventObjectAdded);
     EXPECT_EQ(added.u32(), id);
     EXPECT_EQ(added.u32(), ObjectAircraft);
@@ -174,8 +167,7 @@ TEST_F(Objects, OnGroundFollowsTheHeightOfTheWheels) {
         client.request(1, DefinitionOnGround, id, PeriodOnce);
         const auto answer = client.takeOne(RecvSimobjectData);
         ASSERT_TRUE(answer);
-        PacketReader body = answer->body();
-        body.skip(28);
+        PacketReader body = answer->body(7);
         EXPECT_EQ(body.u64(), each.onGround ? 1U : 0U) << each.aboveFieldFt;
     }
 }
@@ -203,8 +195,7 @@ TEST_F(Objects, SizesComeFromTheTitleUnlessSet) {
         const auto answer = client.takeOne(RecvSimobjectData);
         ASSERT_TRUE(answer) << each.title;
         EXPECT_EQ(answer->bytes.size(), 56U);
-        PacketReader body = answer->body();
-        body.skip(28);
+        PacketReader body = answer->body(7);
         EXPECT_EQ(body.f64(), each.cgFt) << each.title;
     }
 }
@@ -264,8 +255,7 @@ TEST_F(Objects, ARemovalIsToldAndLeavesItsStory) {
     client.send(OpAIRemoveObject, {id, RequestRemove});
     const auto removed = client.takeOne(RecvEventObjectAddRemove);
     ASSERT_TRUE(removed);
-    PacketReader body = removed->body();
-    body.skip(4);
+    PacketReader body = removed->body(1);
     EXPECT_EQ(body.u32(), EventObjectRemoved);
     EXPECT_EQ(body.u32(), id);
     EXPECT_EQ(world.find(id), nullptr);
