@@ -229,6 +229,7 @@ TEST_F(Learning, OnlyWhatWasLearnedIsSavedAtTheRenewal) {
     addOption(stand("A2"), observation("HB-JCB", 1, {10}, true));
     addOption(stand("A2"), observation("HB-JCC", 2, {11}, false));
     addOption(stand("A2"), observation("HB-JCD", 2, {11}, false));
+    stand("A2").options.back().cs2 = "SWR101";
     stand("A2").options.back().seq = 0;
     stand("A3").cargo_change = true;
     lf_saveLearnedChanges();
@@ -241,13 +242,16 @@ TEST_F(Learning, OnlyWhatWasLearnedIsSavedAtTheRenewal) {
     lf_servePeriods(renewal);
     const std::string file = saved().value_or("");
     // One that stood back in the last renewal is kept as well.
-    for (const char* there : {"A2", "HB-JCC", "HB-JCD", "A3", "LEARN_SOFT"}) {
+    for (const char* there : {"A2", "HB-JCC", "HB-JCD", "\"SWR100:SWR101\"", "A3", "LEARN_SOFT"}) {
         EXPECT_NE(file.find(there), std::string::npos) << there;
     }
     for (const char* absent : {"\"A1\"", "HB-JCA", "HB-JCB", "latitude"}) {
         EXPECT_EQ(file.find(absent), std::string::npos) << absent;
     }
     EXPECT_EQ(stand("A2").options.size(), 3U) << "the table itself keeps all";
+    stand("A2").options.back().seq = 0;
+    lf_saveLearned();
+    EXPECT_EQ(saved().value_or("HB-JCD").find("HB-JCD"), std::string::npos) << "it stands back";
 }
 
 TEST_F(Learning, WhatASaveTells) {

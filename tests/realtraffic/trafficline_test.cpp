@@ -73,11 +73,6 @@ TEST(TrafficLine, UnknownIsToldInTheFormOfEachField) {
     EXPECT_FALSE(fields[28].empty());
 }
 
-TEST(WeatherLine, HoldsThePressureAsANumber) {
-    const auto weather = nlohmann::json::parse(weatherLine("LSZH", 1009, 5.0));
-    EXPECT_EQ(weather.at("QNH").get<int>(), 1009);
-}
-
 TEST(UserLink, CutsTheStreamIntoCommandsHoweverItArrives) {
     const std::string stream =
         "Qs999=version\r\nQs121=-1200;3400;1.570796;12500000;250500;0.828318;0.149226\r\n"

@@ -142,30 +142,26 @@ protected:
     SimResult open() { return SimConnect_Open(handle, "Kestrane_P3D", nullptr, 0, nullptr, 0); }
 };
 
-void serveTcp(const TempFolder& folder, const tcp& family, std::string_view key, Heard& heard,
-              SimHandle& handle) {
-    asio::io_context context;
-    tcp::acceptor acceptor(context, tcp::endpoint(family == tcp::v6() ? asio::ip::make_address("::1")
-                                                                      : asio::ip::make_address("127.0.0.1"),
-                                                  0));
-    writeRegistry(folder, fmt::format("[HKEY_CURRENT_USER\\SOFTWARE\\Lockheed Martin\\Prepar3D v5]\n{}={}\n",
-                                      key, acceptor.local_endpoint().port()));
-    auto served =
-        std::async(std::launch::async, [&] { return serve(acceptor.accept(), twoMessages(), false); });
-    ASSERT_EQ(SimConnect_Open(handle, "Kestrane_P3D", nullptr, 0, nullptr, 0), simOk);
-    EXPECT_EQ(dispatchUntil(handle, heard, 2), simOk);
-    EXPECT_EQ(heard.ids, (std::vector<std::uint32_t>{4, 7}));
-    EXPECT_EQ(SimConnect_Close(handle), simOk);
-    EXPECT_EQ(served.get(), "Kestrane_P3D");
-    EXPECT_EQ(SimTransport::count(), 0) << "nothing is left of the connection";
-}
-
-TEST_F(RealConnection, WithoutAPipeTheRegisteredPortOfIPv4IsReached) {
-    serveTcp(folder, tcp::v4(), "SimConnect_Port_IPv4", heard, handle);
-}
-
-TEST_F(RealConnection, WithoutAPipeTheRegisteredPortOfIPv6IsReached) {
-    serveTcp(folder, tcp::v6(), "SimConnect_Port_IPv6", heard, handle);
+TEST_F(RealConnection, WithoutAPipeTheRegisteredPortIsReached) {
+    const std::pair<const char*, const char*> families[] = {{"127.0.0.1", "SimConnect_Port_IPv4"},
+                                                            {"::1", "SimConnect_Port_IPv6"}};
+    for (const auto& [address, key] : families) {
+        SCOPED_TRACE(key);
+        heard.ids.clear();
+        asio::io_context context;
+        tcp::acceptor acceptor(context, tcp::endpoint(asio::ip::make_address(address), 0));
+        writeRegistry(folder,
+                      fmt::format("[HKEY_CURRENT_USER\\SOFTWARE\\Lockheed Martin\\Prepar3D v5]\n{}={}\n", key,
+                                  acceptor.local_endpoint().port()));
+        auto served =
+            std::async(std::launch::async, [&] { return serve(acceptor.accept(), twoMessages(), false); });
+        ASSERT_EQ(open(), simOk);
+        EXPECT_EQ(dispatchUntil(handle, heard, 2), simOk);
+        EXPECT_EQ(heard.ids, (std::vector<std::uint32_t>{4, 7}));
+        EXPECT_EQ(SimConnect_Close(handle), simOk);
+        EXPECT_EQ(served.get(), "Kestrane_P3D");
+        EXPECT_EQ(SimTransport::count(), 0) << "nothing is left of the connection";
+    }
 }
 
 TEST_F(RealConnection, ThePipeIsReachedAndTheNextClientToo) {

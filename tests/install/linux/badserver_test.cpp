@@ -81,8 +81,8 @@ TEST_F(BadServer, ArchiveThatIsNoneOrABombLeavesNoFile) {
     damaged[damaged.size() / 3] = static_cast<char>(~damaged[damaged.size() / 3]);
     data::writeZip("bomb.zip", "dbase.xml", std::string(20'000'000, '\0'));
     downloadLimits().largest = 1'000'000;
-    for (const std::string& archive :
-         {damaged, damaged.substr(0, 60), std::string(), *folder_.read("bomb.zip")}) {
+    for (const std::string& archive : {damaged, damaged.substr(0, 60), std::string(),
+                                       std::string("PK but no archive"), *folder_.read("bomb.zip")}) {
         folder_.write("served/dbase.zip", archive);
         serve([](DownloadOptions&) {});
         folder_.write("out.xml", "old");
