@@ -286,9 +286,12 @@ TEST_F(Ground, GroundLegKeepsTheAircraftLevelAtItsPitchOfRest) {
     ac.staticPitch = 0.01;
     ac.simState.pitch = -0.2;
     ac.simState.bank = 0.3;
+    ac.departing = true;
+    ac.maxLagTicks = 5000;
     nextPosMain(ac);
     EXPECT_EQ(ac.simState.pitch, 0.01);
     EXPECT_EQ(ac.simState.bank, 0.0);
+    EXPECT_EQ(ac.maxLagTicks, 5000) << "a departure keeps its room";
 }
 
 TEST_F(Ground, LandedAircraftBeginsToTaxi) {
@@ -369,6 +372,8 @@ TEST_F(LeavingStand, PushBackWithoutNewsStaysStraightAndMovesTailFirst) {
     EXPECT_NEAR(gf_distanceNm(flown.ac().simState.position(), offset(place, 180.0, 50.0)) * metresPerNm, 0.0,
                 0.5);
     EXPECT_THAT(sent(flown.ac(), simconnect::EngineAutoStart), ElementsAre(0U));
+    EXPECT_EQ(flown.ac().throttleLevel, 0);
+    EXPECT_EQ(flown.ac().flapsLevel, 1);
     // It begins to taxi when a second position lies farther off than the first.
     for (const double metres : {60.0, 70.0}) {
         EXPECT_EQ(flown.ac().phase, AcPhase::AfterPush);

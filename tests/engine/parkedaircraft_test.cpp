@@ -42,7 +42,10 @@ protected:
     /// A position this far from the stand; true if it enters the track.
     bool heard(LiveAc& ac, double metres) {
         TrackPoint msg = groundPoint(offset(place, 0.0, metres), 0, now + 500);
-        return lf_parkedPositionCheck(ac, msg);
+        msg.stationary = true;
+        const bool enters = lf_parkedPositionCheck(ac, msg);
+        EXPECT_EQ(msg.stationary, !enters) << "it would stand at " << metres << " m";
+        return enters;
     }
     EngineWorld world;
     ParkPos& stand;
@@ -133,6 +136,11 @@ TEST_F(ParkedAircraft, ArrivalIsRememberedAndHoldsTheLimit) {
     }
     EXPECT_EQ(stand.options.front().day, 2);
     EXPECT_TRUE(stand.options.front().hours.test(10));
+    LiveAc& freighter = atStand(AcPhase::Parking);
+    freighter.cargo = true;
+    stand.liveParked = false;
+    lf_arriveAtStand(freighter);
+    EXPECT_TRUE(stand.cargo);
 }
 
 TEST_F(ParkedAircraft, WhoArrivesOnATakenStandGoesAndTheFirstKeepsIt) {

@@ -5,6 +5,7 @@
 #include "core/parameters.h"
 #include "core/reasoncounts.h"
 #include "core/runstate.h"
+#include "engine/curves.h"
 #include "engine/groundleg.h"
 #include "engine/standconflicts.h"
 #include "engine/tables.h"
@@ -264,13 +265,21 @@ TEST_F(StandConflicts, TaxiingAircraftClaimsAStand) {
         }
         const LatLon stop = offset(airportPlace, 180.0, entry.stopM);
         LiveAc& ac = world.addLive("SWR1", AcState::Live, AcPhase::Taxi,
-                                   {groundPoint(stop, 4.0, 10000), groundPoint(stop, 0.0, 10500)});
+                                   {groundPoint(stop, 3.0, 10000), groundPoint(stop, 0.0, 10500)});
         ac.track.back().stationary = true;
+        // Still in a corner.
+        ac.curveControlNorth = ac.curveControlEast = ac.curveEndNorth = ac.curveEndEast = 10.0;
         entry.claimer(ac);
         nextPosGround(ac);
         EXPECT_EQ(ac.phase, entry.claims ? AcPhase::Parking : AcPhase::Taxi);
         EXPECT_EQ(ac.sid, entry.claims ? stand.sid : 0);
         EXPECT_EQ(ac.standCargo, entry.claims);
+        if (entry.claims) {
+            EXPECT_EQ(LatLon(ac.searchedLat, ac.searchedLon), stop) << "it would search here again";
+            EXPECT_FALSE(curveActive(ac));
+            EXPECT_EQ(ac.reckonLeft, 0);
+            EXPECT_EQ(ac.track.front().gsKt, ac.pushSpeedKt);
+        }
         EXPECT_EQ(liveAcs.front().state, entry.liveGoes ? AcState::Removing : AcState::Live);
         if (entry.staticThere) {
             EXPECT_EQ(staticAcs.front().state, entry.staticGoes ? AcState::Removing : AcState::Live);
@@ -358,7 +367,10 @@ TEST_F(StandConflicts, OldestStaticAircraftGoesFirstOverMidnightOfTheWeek) {
     EXPECT_FLOAT_EQ(statusValues().staticFitShown, 2.5F);
     WEEK.set(true);
     nowStamp = DayHH{1, 10}.packed();
+    sunday.state = AcState::Requested;
     lf_checkMaxPark(0);
+    EXPECT_EQ(sunday.state, AcState::Requested) << "the oldest has no object yet, nobody goes in its place";
+    EXPECT_EQ(monday.state, AcState::Live);
     EXPECT_FLOAT_EQ(statusValues().staticFitShown, 2.5F) << "has no meaning over a week";
 }
 
