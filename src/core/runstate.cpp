@@ -24,7 +24,6 @@ std::atomic<double> workingRangeNm{firstRangeNm};
 std::atomic<double> requestRangeM{firstRangeNm * metresPerNm};
 std::atomic<int> rememberedRangeNm{firstRangeNm};
 std::atomic<bool> closeAirportMode{false};
-std::atomic<int> liveLimit{-1};
 bool flareActive = false;
 std::atomic<bool> parkRenewalDue{false};
 std::atomic<bool> flushStaticDue{false};
@@ -59,7 +58,6 @@ void resetRunState() {
     workingRangeNm = firstRangeNm;
     requestRangeM = firstRangeNm * metresPerNm;
     closeAirportMode = false;
-    liveLimit = -1;
     flareActive = false;
     parkRenewalDue = false;
     flushStaticDue = false;

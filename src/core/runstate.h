@@ -77,8 +77,6 @@ extern std::atomic<double> requestRangeM;
 extern std::atomic<int> rememberedRangeNm;
 /// The automatic range has narrowed to the airport.
 extern std::atomic<bool> closeAirportMode;
-/// The engine's limit of live aircraft, -1 for none.
-extern std::atomic<int> liveLimit;
 /// The engine asks for an aircraft scan every 20 passes instead of every 100: a flare is under way. Worker
 /// only.
 extern bool flareActive;

@@ -89,7 +89,7 @@ bool waitsForUserInAir(LiveAc& ac) {
 }
 
 bool liveLimitReached() {
-    const int limit = liveLimit.load(std::memory_order_relaxed);
+    const int limit = MAX_LIVE;
     if (limit < 0) {
         return false;
     }

@@ -145,7 +145,7 @@ bool lf_removeFarthest(double distanceNm) {
 }
 
 void lf_trimLiveCount() {
-    const int limit = liveLimit.load(std::memory_order_relaxed);
+    const int limit = MAX_LIVE;
     if (limit < 0) {
         return;
     }

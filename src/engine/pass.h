@@ -33,7 +33,7 @@ void lf_removeStaticTwins();
 /// Removes all live and static aircraft from the simulator: the link is lost, or the run ends.
 void lf_removeAllLive(Reason reason);
 void lf_removeAllStatic(Reason reason);
-/// Removes the farthest aircraft while there are more than `liveLimit`.
+/// Removes the farthest aircraft while there are more than `MAX_LIVE`.
 void lf_trimLiveCount();
 /// Sends the nav lights setting to every parked aircraft.
 void lf_applyNavLights();

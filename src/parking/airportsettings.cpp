@@ -51,7 +51,7 @@ struct Setting {
 
 const Setting settings[] = {
     {LEARN_SOFT},
-    {MAX_LIVE, [] { liveLimit = MAX_LIVE.get(); }},
+    {MAX_LIVE},
     {LATERAL_RANGE, rangeTaken},
     {AUTO_RANGE, autoRangeTaken},
     {PARK_FAKE},
@@ -75,7 +75,6 @@ void logSetting(const Parameter& parameter) {
 void takeAbsent(const Parameter& parameter) {
     if (&parameter == &MAX_LIVE) {
         MAX_LIVE.set(-1);
-        liveLimit = MAX_LIVE.get();
         showParameter(MAX_LIVE);
     } else if (&parameter == &parking_percentage) {
         parking_percentage.set(usualPercentage);

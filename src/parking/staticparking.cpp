@@ -319,7 +319,6 @@ void lf_removeAllParked() {
     // The learned file may have set a limit of its own.
     if (const std::string stored = storedParameterText(MAX_LIVE.name()); !stored.empty()) {
         MAX_LIVE.setFromText(stored);
-        liveLimit = MAX_LIVE.get();
         showParameter(MAX_LIVE);
     }
 }

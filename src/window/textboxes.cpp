@@ -139,8 +139,6 @@ void maxLiveEntered(std::string_view text) {
     }
     if (parkAirportPlace()) {
         parametersChanged = true;
-    } else {
-        liveLimit = MAX_LIVE.get();
     }
     askWorker({WorkerRequest::Kind::ApplyLiveLimit});
 }

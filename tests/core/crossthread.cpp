@@ -128,7 +128,6 @@ TEST(RunStateTest, NothingOfARunReachesTheNext) {
     tickCount = 7;
     workingRangeNm = 3.0;
     requestRangeM = 3.0;
-    liveLimit = 5;
     nowStamp = DayHH{3, 3}.packed();
     userData.latitude = 12;
     lastTimestamp = 1.0;
@@ -146,7 +145,6 @@ TEST(RunStateTest, NothingOfARunReachesTheNext) {
     EXPECT_EQ(tickCount, 0U);
     EXPECT_EQ(workingRangeNm, 40.0);
     EXPECT_EQ(requestRangeM, 74080.0);
-    EXPECT_EQ(liveLimit, -1);
     EXPECT_EQ(nowDayHH(), DayHH{});
     EXPECT_EQ(userData.latitude, 0.0);
     EXPECT_EQ(lastTimestamp, 0.0);

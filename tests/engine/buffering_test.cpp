@@ -271,7 +271,7 @@ TEST_F(Buffering, LiveLimitKeepsTheNearest) {
         SCOPED_TRACE(entry.name);
         resetEngine(false);
         resetObjectCommands();
-        liveLimit = entry.limit;
+        MAX_LIVE.set(entry.limit);
         world.placeUser(place, true);
         world.setTick(due);
         for (const double nm : entry.liveNm) {

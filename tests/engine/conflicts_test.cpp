@@ -158,10 +158,10 @@ TEST_F(Conflicts, LoweredLimitRemovesTheFarthest) {
     for (const int km : {10, 80, 20, 70, 30, 60, 40, 50}) {
         addInAir(offset(place, 0.0, 1000.0 * km), 4000.0, "KM" + std::to_string(km));
     }
-    liveLimit = -1;
+    MAX_LIVE.set(-1);
     lf_trimLiveCount();
     EXPECT_EQ(reasonTotal(Reason::LiveLimit), 0U);
-    liveLimit = 5;
+    MAX_LIVE.set(5);
     lf_trimLiveCount();
     for (const LiveAc& ac : liveAcs) {
         const bool far = ac.callsign == "KM80" || ac.callsign == "KM70" || ac.callsign == "KM60";

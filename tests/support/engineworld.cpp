@@ -44,7 +44,7 @@ void resetAll() {
     resetMatching();
     parkPositions().clear();
     setParkAirport(std::nullopt);
-    liveLimit = -1;
+    MAX_LIVE.setDefault();
     nowStamp = DayHH{}.packed();
     for (Parameter* parameter : allParameters()) {
         parameter->setDefault();

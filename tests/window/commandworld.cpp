@@ -21,7 +21,6 @@ void resetProcess() {
     rememberedRangeNm = LATERAL_RANGE.get();
     workingRangeNm = LATERAL_RANGE.get();
     requestRangeM = LATERAL_RANGE.get() * metresPerNm;
-    liveLimit = -1;
     setParkAirport(std::nullopt);
     std::vector<WorkerRequest> requests;
     takeWorkerRequests(requests);

@@ -120,7 +120,7 @@ TEST_F(TextBoxes, RangeReachesTheFeedAndTheSimulatorAtOnce) {
 
 TEST_F(TextBoxes, LiveLimitIsAppliedByTheWorker) {
     lf_enterTextBox(control::MaxLive, "50");
-    EXPECT_EQ(liveLimit, 50);
+    EXPECT_EQ(MAX_LIVE, 50);
     EXPECT_FALSE(parametersChanged);
     auto requests = workerRequests();
     ASSERT_EQ(requests.size(), 1U);
@@ -128,7 +128,7 @@ TEST_F(TextBoxes, LiveLimitIsAppliedByTheWorker) {
 
     loadParkAirport();
     lf_enterTextBox(control::MaxLive, "20");
-    EXPECT_EQ(liveLimit, 50);
+    EXPECT_EQ(MAX_LIVE, 20);
     EXPECT_TRUE(parametersChanged);
     EXPECT_EQ(workerRequests().size(), 1U);
 

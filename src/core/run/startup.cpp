@@ -149,7 +149,6 @@ void lf_initialise() {
     lf_takeEnteredRange();
     repaint(Band::Control);
     lf_createFolders();
-    liveLimit = MAX_LIVE.get();
     if (!restartPending) {
         gf_checkNewVersion();
     }

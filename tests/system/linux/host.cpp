@@ -4,8 +4,52 @@
 #include "support/places.h"
 
 #include <csignal>
+#include <sstream>
+#include <unistd.h>
+
+#include <fmt/format.h>
 
 namespace kst::test::host {
+
+namespace {
+
+/// A display that nobody sees, for as long as the test program runs.
+class Display {
+public:
+    Display()
+        : output_(std::filesystem::temp_directory_path() / fmt::format("kst-display-{}.txt", getpid())),
+          server_({"/usr/bin/Xvfb", "-displayfd", "1", "-noreset", "-screen", "0", "1600x1000x24"}, {},
+                  std::filesystem::temp_directory_path(), output_) {
+        waitFor(
+            [&] {
+                // Between its complaints about displays that others have.
+                std::istringstream lines(contentOf(output_));
+                for (std::string line; name_.empty() && std::getline(lines, line);) {
+                    if (!lines.eof() && line.find_first_not_of("0123456789") == std::string::npos) {
+                        name_ = ":" + line;
+                    }
+                }
+                return !name_.empty();
+            },
+            std::chrono::seconds{20});
+    }
+    ~Display() { std::filesystem::remove(output_); }
+    Display(const Display&) = delete;
+    Display& operator=(const Display&) = delete;
+    const std::string& name() const { return name_; }
+
+private:
+    std::filesystem::path output_;
+    ChildProcess server_;
+    std::string name_;
+};
+
+const std::string& displayName() {
+    static const Display display;
+    return display.name();
+}
+
+} // namespace
 
 std::filesystem::path roamingBelow(const std::filesystem::path& folder) {
     return folder / "config";
@@ -20,7 +64,8 @@ std::map<std::string, std::string> prepare(const std::filesystem::path& folder) 
             {"XDG_DATA_HOME", (folder / "share").string()},
             {"XDG_DOCUMENTS_DIR", (folder / "documents").string()},
             {"XDG_PUBLICSHARE_DIR", (folder / "public").string()},
-            {"QT_QPA_PLATFORM", "offscreen"}};
+            {"DISPLAY", displayName()},
+            {"QT_QPA_PLATFORM", "xcb"}};
 }
 
 std::string urlOf(const std::filesystem::path& path) {
@@ -37,6 +82,22 @@ std::vector<std::string> program() {
 
 std::vector<std::string> simulatorArguments(const std::filesystem::path&) {
     return {"--pipe", R"(\\.\pipe\Lockheed Martin Prepar3D v5\SimConnect)"};
+}
+
+std::string pathText(const std::filesystem::path& path) {
+    return path.string();
+}
+
+std::vector<std::string> onDisplay() {
+    return {"/usr/bin/env", "DISPLAY=" + displayName()};
+}
+
+std::optional<WindowState> windowState(const std::filesystem::path&) {
+    return std::nullopt;
+}
+
+bool setClipboard(const std::filesystem::path&, const std::string&) {
+    return false;
 }
 
 void askToClose(ChildProcess& program) {

@@ -3,8 +3,11 @@
 // The system that the program of a test runs on: Linux itself, or Windows as Wine has it. host.cpp of this
 // folder is the one, that of system_windows/ the other.
 
+#include "platform/ui.h"
+
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,6 +35,35 @@ std::vector<std::string> program();
 
 /// Arguments of the native stand-in simulator, so that the program of this test finds it.
 std::vector<std::string> simulatorArguments(const std::filesystem::path& folder);
+
+/// A path of this machine as the program writes it and a person types it.
+std::string pathText(const std::filesystem::path& path);
+
+/// The words in front of a command that is to run on the display on which the program's window appears.
+std::vector<std::string> onDisplay();
+
+/// What the program's own controls say of themselves.
+struct ControlState {
+    bool enabled = false;
+    bool checked = false;
+    platform::Rect area; ///< pixels of the display
+    std::string text;    ///< of a text box
+};
+
+/// The window as the system knows it.
+struct WindowState {
+    bool topMost = false;
+    std::string toolTip; ///< the one that is shown
+    int width = 0;       ///< of the client area, as the height
+    int height = 0;
+    std::map<int, ControlState> controls;
+};
+
+/// Nothing where the system does not let another process ask.
+std::optional<WindowState> windowState(const std::filesystem::path& folder);
+
+/// Puts UTF-8 text on the clipboard; false where that cannot be done. `folder` is for a file on the way.
+bool setClipboard(const std::filesystem::path& folder, const std::string& text);
 
 /// As the close button asks.
 void askToClose(ChildProcess& program);

@@ -73,6 +73,12 @@ SystemWorld::~SystemWorld() {
     fs::remove_all(folder_, ignored);
 }
 
+void SystemWorld::makeScenery(const fs::path& folder) const {
+    runTool(
+        {(binaries / "tools/bglscenery").string(), "airports", (source / "data").string(), folder.string()},
+        folder_);
+}
+
 void SystemWorld::writeParameters(const std::map<std::string, std::string>& values) {
     std::map<std::string, std::string> all = {{"SCAN_LIVERIES", "0"},
                                               {"SCAN_AIRPORTS", "0"},

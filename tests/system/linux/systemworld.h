@@ -45,6 +45,8 @@ public:
     const std::filesystem::path& folder() const { return folder_; }
     std::filesystem::path parametersFile() const;
     std::map<std::string, std::string>& environment() { return environment_; }
+    /// Puts the scenery files of a few airports there.
+    void makeScenery(const std::filesystem::path& folder) const;
     void writeParameters(const std::map<std::string, std::string>& values);
 
 private:

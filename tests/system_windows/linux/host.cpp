@@ -4,6 +4,9 @@
 #include "support/places.h"
 #include "system_windows/linux/wine.h"
 
+#include <fstream>
+#include <sstream>
+
 #include <fmt/format.h>
 
 namespace kst::test::host {
@@ -50,6 +53,55 @@ std::vector<std::string> simulatorArguments(const fs::path& folder) {
     wine::setRegistry(folder,
                       {{fmt::format(R"(HKEY_CURRENT_USER\{})", simulatorKey), "SimConnect_Port_IPv4", port}});
     return {"--tcp", port};
+}
+
+std::string pathText(const fs::path& path) {
+    return wine::pathText(path);
+}
+
+std::vector<std::string> onDisplay() {
+    return {(sourceFolder() / "scripts" / "wine-session").string(), "run"};
+}
+
+std::optional<WindowState> windowState(const fs::path& folder) {
+    const fs::path output = folder / "probe.txt";
+    fs::remove(output);
+    ChildProcess probe(wine::program("tests/windowprobe.exe"), {}, folder, output);
+    if (probe.wait(std::chrono::seconds{20}) != 0) {
+        return std::nullopt;
+    }
+    WindowState state;
+    std::istringstream lines(contentOf(output));
+    for (std::string line; std::getline(lines, line);) {
+        if (line.ends_with('\r')) {
+            line.pop_back();
+        }
+        std::istringstream words(line);
+        int id = 0;
+        if (line.starts_with("topmost ")) {
+            state.topMost = line.ends_with('1');
+        } else if (line.starts_with("client ")) {
+            words >> line >> state.width >> state.height;
+        } else if (line.starts_with("tip ")) {
+            state.toolTip = line.substr(4);
+        } else if (words >> id) {
+            ControlState& control = state.controls[id];
+            words >> control.enabled >> control.checked >> control.area.left >> control.area.top >>
+                control.area.right >> control.area.bottom;
+            words.get();
+            std::getline(words, control.text);
+        }
+    }
+    return state;
+}
+
+bool setClipboard(const fs::path& folder, const std::string& text) {
+    const fs::path file = folder / "clipboard.txt";
+    std::ofstream(file, std::ios::binary) << text;
+    ChildProcess probe(
+        wine::words(wine::buildFolder() / "tests/windowprobe.exe", {"clipboard", wine::pathText(file)}), {},
+        folder, folder / "probe.txt");
+    return probe.wait(std::chrono::seconds{20}) == 0;
 }
 
 void askToClose(ChildProcess&) {
