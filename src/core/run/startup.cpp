@@ -159,6 +159,8 @@ void lf_initialise() {
     ALL_INSTALL_PATH.set(SIM_INSTALL_PATH.get());
     showParameter(ALL_INSTALL_PATH);
     if (SIM_INSTALL_PATH.empty()) {
+        // Whoever is asked for the path must be able to type it.
+        enableControl(control::AllInstallPath, true);
         lf_detectSimInstall();
     }
     lf_detectRealTraffic();
