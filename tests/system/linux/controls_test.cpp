@@ -69,6 +69,16 @@ Rect areaOf(int controlId) {
     return layout::controlArea(layout::controls[layout::controlIndex(controlId)]);
 }
 
+/// By the fill beside the mark or the text, as the Qt controls have it.
+bool looksEnabled(const Picture& picture, int controlId) {
+    constexpr platform::Colour disabledBox{176, 204, 232};
+    constexpr platform::Colour disabledCheckBox{190, 212, 234};
+    const Rect area = areaOf(controlId);
+    const bool checkBox = area.bottom - area.top == layout::checkBoxSize;
+    const platform::Colour fill = picture.at(checkBox ? area.left + 3 : area.right - 4, area.top + 3);
+    return fill != (checkBox ? disabledCheckBox : disabledBox);
+}
+
 /// The program between the stand-ins with a park airport, and a person at its window.
 class Session {
 public:
@@ -82,7 +92,7 @@ public:
     /// The parameter's value, and where the system tells it, the text of its box.
     void expectBox(int controlId, const char* parameter, const std::string& value, const std::string& shown,
                    std::chrono::seconds limit = 10s) const;
-    void expectEnabled(int controlId, bool enabled, std::chrono::seconds limit = 30s) const;
+    void expectEnabled(int controlId, bool enabled, std::chrono::seconds limit = 30s);
     /// The log says the text once more than before `during`.
     void expectLogged(const std::string& text, const std::function<void()>& during,
                       std::chrono::seconds limit = 30s) const;
@@ -147,11 +157,12 @@ void Session::expectBox(int controlId, const char* parameter, const std::string&
         << parameter << ": the box shows " << text;
 }
 
-void Session::expectEnabled(int controlId, bool enabled, std::chrono::seconds limit) const {
+void Session::expectEnabled(int controlId, bool enabled, std::chrono::seconds limit) {
     EXPECT_TRUE(waitFor(
         [&] {
             const auto state = test::host::windowState(world.folder());
-            return !state || state->controls.at(controlId).enabled == enabled;
+            return (state ? state->controls.at(controlId).enabled : looksEnabled(hand.look(), controlId)) ==
+                   enabled;
         },
         limit))
         << "control " << controlId;
