@@ -1,7 +1,5 @@
 #include "bench/realism/causes.h"
 
-#include "bench/realism/figures.h"
-
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
@@ -25,7 +23,11 @@ constexpr double silenceCountsS = 120.0;
 // A line that turns back on itself has no one place for an aircraft.
 constexpr double turnBackDeg = 120.0;
 constexpr double turnBackWindowS = 30.0;
-constexpr double samePlaceM = 5.0;
+constexpr double samePlaceM = 2.0;
+constexpr double reversalSlackS = 10.0;
+
+constexpr double gentleTurnDeg = 45.0;
+constexpr double longestTurnShare = 1.01;
 
 constexpr std::size_t mostNamed = 12;
 
@@ -33,12 +35,13 @@ double bearing(LatLon a, LatLon b) {
     return std::atan2(std::remainder(b.lon - a.lon, 360.0) * std::cos(a.lat * radPerDeg), b.lat - a.lat);
 }
 
-bool turnsBack(const std::vector<tool::TrackPoint>& line, double time) {
+/// Whether the line turns back on itself from so many seconds behind this time to so many ahead of it.
+bool turnsBack(const std::vector<tool::TrackPoint>& line, double time, double ahead, double behind) {
     double way = 0.0;
     bool moved = false;
-    auto b = std::ranges::lower_bound(line, time - turnBackWindowS, {}, &tool::TrackPoint::time);
+    auto b = std::ranges::lower_bound(line, time - behind, {}, &tool::TrackPoint::time);
     b += b == line.begin() ? 1 : 0;
-    for (; b < line.end() && (b - 1)->time < time + turnBackWindowS; ++b) {
+    for (; b < line.end() && (b - 1)->time < time + ahead; ++b) {
         if (tool::metresBetween((b - 1)->position, b->position) < samePlaceM) {
             continue;
         }
@@ -71,9 +74,17 @@ std::string_view causeOfStep(const Sample& sample) {
     return "other";
 }
 
+std::string_view causeOfTurn(const Sample& sample) {
+    if (sample.stage == Stage::Flare) {
+        return "touched down in a turn, which lasts until the leg ends";
+    }
+    return sample.turnDeg <= gentleTurnDeg ? "turn of 45 degrees at most, as fast as its short leg asks"
+                                           : "other";
+}
+
 std::string_view causeOfBeyond(const Sample& sample, const std::vector<tool::TrackPoint>& line,
                                bool timedToo) {
-    if (turnsBack(line, sample.at - tool::playDelaySeconds)) {
+    if (turnsBack(line, sample.at - tool::playDelaySeconds, turnBackWindowS, turnBackWindowS)) {
         return "the line turns back on itself";
     }
     if (sample.dueMoved) {
@@ -119,8 +130,10 @@ std::string namesOf(const std::map<std::string, double>& flights) {
 
 } // namespace
 
-void Causes::add(const RecordedFlight& flight, const PlayedFlight& played) {
+void Causes::add(const RecordedFlight& flight, const PlayedFlight& played, const Figures& own) {
     addSteps(flight, played);
+    addTurns(flight, played);
+    addReversals(flight, played, own);
     addTimes(flight, played);
 }
 
@@ -140,6 +153,38 @@ void Causes::addSteps(const RecordedFlight& flight, const PlayedFlight& played) 
             double& own = cause.flights[flight.name];
             own = std::max(own, stepRound(played, played.flown, i));
         }
+    }
+}
+
+void Causes::addTurns(const RecordedFlight& flight, const PlayedFlight& played) {
+    double last = -2.0 * sameStepS;
+    for (std::size_t i = 1; i < played.flown.size(); ++i) {
+        const Sample& now = played.flown[i];
+        const double share = groundTurnShare(played, played.flown[i - 1], now);
+        if (share <= longestTurnShare) {
+            continue;
+        }
+        Cause& cause = turns_[causeOfTurn(now)];
+        cause.amount += now.at - last > sameStepS ? 1.0 : 0.0;
+        double& own = cause.flights[flight.name];
+        own = std::max(own, share);
+        last = now.at;
+    }
+}
+
+void Causes::addReversals(const RecordedFlight& flight, const PlayedFlight& played, const Figures& own) {
+    for (const std::size_t i : own.reversals) {
+        const Sample& now = played.flown[i];
+        const double lineTime = now.at - tool::playDelaySeconds;
+        const bool lineToo =
+            turnsBack(played.line, lineTime, now.leadLimitS + reversalSlackS, now.lagLimitS + reversalSlackS);
+        std::string_view name = lineToo ? "the line turns back within the drift limits" : "other";
+        if (!lineToo && now.sinceCoastedS < reversalSlackS) {
+            name = "back to the line from an invented point";
+        }
+        Cause& cause = reversals_[name];
+        cause.amount += 1.0;
+        cause.flights[flight.name] += 1.0;
     }
 }
 
@@ -189,12 +234,15 @@ std::string Causes::text() const {
         {fmt::format("steps beyond {} times the speed, with the worst of each flight", longestStep), &steps_},
         {fmt::format("seconds more than {:.0f} s beyond the drift limit, with the worst of each flight",
                      beyondSlackS),
-         &beyond_}};
+         &beyond_},
+        {"turns on the ground faster than three base rates, with the largest share of each flight", &turns_},
+        {"reversals, with the number of each flight", &reversals_}};
     for (const auto& [title, causes] : all) {
         out += title + "\n";
         for (const auto& [name, cause] : *causes) {
-            out += fmt::format("  {:65} {:6.0f} ({:.0f}) in {} flights\n", name, cause.amount, cause.timedToo,
-                               cause.flights.size());
+            const bool timed = causes == &steps_ || causes == &beyond_;
+            out += fmt::format("  {:65} {:6.0f}{} in {} flights\n", name, cause.amount,
+                               timed ? fmt::format(" ({:.0f})", cause.timedToo) : "", cause.flights.size());
             out += namesOf(cause.flights);
         }
     }

@@ -3,7 +3,7 @@
 // Why flights are early, late or make steps: how much of it an ideal aircraft under the same timing of legs
 // has as well, and what happened when it did not fly as told.
 
-#include "bench/realism/play.h"
+#include "bench/realism/figures.h"
 
 #include <array>
 #include <map>
@@ -13,7 +13,8 @@ namespace kst::bench {
 
 class Causes {
 public:
-    void add(const RecordedFlight& flight, const PlayedFlight& played);
+    /// `own` holds the figures of this flight alone.
+    void add(const RecordedFlight& flight, const PlayedFlight& played, const Figures& own);
     std::string text() const;
 
 private:
@@ -35,7 +36,12 @@ private:
     void addSteps(const RecordedFlight& flight, const PlayedFlight& played);
     void addTimes(const RecordedFlight& flight, const PlayedFlight& played);
 
+    void addTurns(const RecordedFlight& flight, const PlayedFlight& played);
+    void addReversals(const RecordedFlight& flight, const PlayedFlight& played, const Figures& own);
+
     ByCause steps_;
+    ByCause turns_;
+    ByCause reversals_;
     ByCause beyond_;
     std::array<Off, stageCount> off_;
 };

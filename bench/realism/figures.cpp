@@ -118,9 +118,7 @@ private:
         here.pitch.note(pitch, name, b.at);
         here.bank.note(bank, name, b.at);
         if (b.onGround) {
-            here.turnShare.note(
-                turn / (categoryRates(played_.category).baseTurnRateDeg * ticksPerSecond * fastestGroundTurn),
-                name, b.at);
+            here.turnShare.note(groundTurnShare(played_, a, b), name, b.at);
         }
         here.pitchShare.note(pitch / pitchLimit(played_.category, b.stage), name, b.at);
         here.bankShare.note(bank / bankLimit(played_.category, b.stage), name, b.at);
@@ -160,6 +158,7 @@ private:
         const double way = bearing(from.position, to.position);
         if (moved_ && angleOff(lastWay_, way) > reversalDeg) {
             ++stage(to).reversals;
+            figures_.reversals.push_back(i);
             stage(to).lastReversal = fmt::format("{} {:.0f} s", flight_.name, to.at);
         }
         moved_ = true;
@@ -358,6 +357,15 @@ std::vector<JudgedPlace> judgedPlaces(const PlayedFlight& played, const std::vec
 double beyondDriftLimit(const JudgedPlace& judged) {
     const double lagS = judged.place.lagS;
     return std::max(lagS - judged.sample->lagLimitS, -lagS - judged.sample->leadLimitS);
+}
+
+double groundTurnShare(const PlayedFlight& played, const Sample& a, const Sample& b) {
+    if (a.objectId != b.objectId || !b.onGround || b.at - a.at <= 0.0 || b.at - a.at > longestFrameS) {
+        return 0.0;
+    }
+    const double fastest =
+        categoryRates(played.category).baseTurnRateDeg * ticksPerSecond * fastestGroundTurn;
+    return angleOff(a.heading, b.heading) / (b.at - a.at) / fastest;
 }
 
 double stepRatio(const PlayedFlight& played, const Sample& a, const Sample& b) {

@@ -55,6 +55,7 @@ struct Figures {
     std::array<StageFigures, stageCount> stages;
     std::vector<Touchdown> touchdowns;
     int liftOffs = 0;
+    std::vector<std::size_t> reversals; ///< samples at which one flight turned back
 
     void add(const RecordedFlight& flight, const PlayedFlight& played, const std::vector<Sample>& samples);
 };
@@ -74,6 +75,9 @@ std::vector<JudgedPlace> judgedPlaces(const PlayedFlight& played, const std::vec
 
 /// Seconds beyond the drift limit of the moment; below 0 within it.
 double beyondDriftLimit(const JudgedPlace& judged);
+
+/// Turn of the nose on the ground between two frames, in shares of the fastest of the size class.
+double groundTurnShare(const PlayedFlight& played, const Sample& a, const Sample& b);
 
 /// What of a step the speed does not explain any more.
 inline constexpr double longestStep = 1.5;

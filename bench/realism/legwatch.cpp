@@ -90,6 +90,7 @@ void LegWatch::noteLeg(const LiveAc& ac) {
     }
     target_ = target;
     legLeftS_ = static_cast<float>(ticksBetween(presentTick(), target.dueTick)) / ticksPerSecond;
+    turnDeg_ = static_cast<float>(ac.turnOnly ? ac.turnDeg : ac.curveTurnDeg);
     points_ = static_cast<float>(ac.track.size());
 }
 
@@ -117,6 +118,7 @@ void LegWatch::describe(Sample& sample) const {
     sample.sinceCoastedS = static_cast<float>(now_ - coastedAt_);
     sample.legLeftS = legLeftS_;
     sample.points = points_;
+    sample.turnDeg = turnDeg_;
 }
 
 Sample LegWatch::timed(const Sample& flown) const {

@@ -55,6 +55,7 @@ private:
     double coastedAt_ = -std::numeric_limits<double>::infinity();
     float legLeftS_ = 0.0F;
     float points_ = 0.0F;
+    float turnDeg_ = 0.0F;
     bool invented_ = false; ///< the present leg leads to an invented point
     bool respawning_ = false;
     bool respawned_ = false;

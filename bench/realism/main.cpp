@@ -259,9 +259,9 @@ int runFlights(const Options& options) {
         flown.add(flight, played, played.flown);
         timed.add(flight, played, played.timed);
         naive.add(flight, played, played.naive);
-        causes.add(flight, played);
         Figures own;
         own.add(flight, played, played.flown);
+        causes.add(flight, played, own);
         outcomes.add(flight, played, own);
         if (options.list) {
             printLine(flight, played, own);

@@ -4,6 +4,7 @@
 #include "core/geodesy.h"
 #include "core/parameters.h"
 #include "core/parkairport.h"
+#include "core/reasoncounts.h"
 #include "core/runstate.h"
 #include "engine/prediction.h"
 #include "engine/tables.h"
@@ -48,6 +49,8 @@ public:
                                    .keepHistory = false}) {
         LIGHT_AIRCRAFT.set(true);
         HELICOPTERS.set(true);
+        // The user follows the flight: nothing keeps clear of one who is not there.
+        COLLISION_USER_AIR.set(false);
         HIGH_PERF_AIRCRAFT.set(true);
         qnh = flight.qnh;
         double lowestFt = 0.0;
@@ -65,6 +68,7 @@ public:
 
     PlayedFlight play() {
         began_ = world_.seconds();
+        const std::uint64_t silent = reasonTotal(Reason::FellSilentInBuffer);
         PlayedFlight played;
         const double end = flight_.reports.back().at + afterwardsS;
         while (world_.seconds() - began_ < end && !world_.exit()) {
@@ -75,6 +79,10 @@ public:
         }
         for (const standin::TrafficReport& report : world_.sent()) {
             played.line.push_back({report.at, report.position, report.altFt, report.gsKt, report.onGround});
+        }
+        if (!played.shown && played.lastReason == Reason::None &&
+            reasonTotal(Reason::FellSilentInBuffer) != silent) {
+            played.lastReason = Reason::FellSilentInBuffer;
         }
         playNaively(played);
         return played;

@@ -49,6 +49,7 @@ struct Sample {
     float sinceSpawnS = 0.0F;   ///< with this object
     float sinceCoastedS = 0.0F; ///< 0 while on invented points
     LegKind leg = LegKind::Usual;
+    float turnDeg = 0.0F;  ///< that the leg turns on the ground, or its corner
     float legLeftS = 0.0F; ///< until the present leg ends
     float points = 0.0F;   ///< ahead in the track
 };
