@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -24,6 +25,9 @@ namespace {
 
 using platform::Colour;
 using platform::Rect;
+
+// Before any test goes into a folder of its own, which on Windows may be on another drive.
+const std::filesystem::path lists = std::filesystem::absolute(test::sourceFolder() / "tests/window/states");
 
 std::string nameOf(Colour colour) {
     static const std::pair<Colour, const char*> names[] = {{layout::black, "black"},
@@ -106,7 +110,7 @@ protected:
         const std::string list = name == "no_simulator"
                                      ? without(drawn, {}, "")
                                      : without(plain_, drawn, "- ") + without(drawn, plain_, "+ ");
-        const auto file = test::sourceFolder() / "tests" / "window" / "states" / (name + ".txt");
+        const auto file = lists / (name + ".txt");
         if (std::getenv("KESTRANE_RECORD") != nullptr) {
             std::ofstream(file, std::ios::binary) << list;
         }
