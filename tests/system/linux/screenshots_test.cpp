@@ -74,6 +74,12 @@ bool parkingIsActive(const Picture& picture) {
     return picture.count(parkingLabel, layout::yellow) > 0;
 }
 
+/// The one that is drawn last is there.
+bool controlsAreDrawn(const Picture& picture) {
+    const platform::Rect last = layout::controlArea(layout::controls.back());
+    return picture.at(last.left + 4, last.top + 4) != layout::black;
+}
+
 class Screenshots : public testing::Test {
 protected:
     void SetUp() override {
@@ -91,7 +97,7 @@ TEST_F(Screenshots, FromTheStartToARenewal) {
     world.startProgram();
     ASSERT_TRUE(world.logSays("Waiting for Prepar3Dv5 ..."));
     Camera camera(world);
-    camera.take("no-simulator", 10s);
+    camera.take("no-simulator", 10s, controlsAreDrawn);
 
     std::vector<std::string> arguments = test::host::simulatorArguments(world.folder());
     for (const char* word : {"--user", standB37, "--on-ground", "--time", wednesdayNoon}) {
