@@ -275,7 +275,7 @@ TEST_F(StandConflicts, TaxiingAircraftClaimsAStand) {
         EXPECT_EQ(ac.sid, entry.claims ? stand.sid : 0);
         EXPECT_EQ(ac.standCargo, entry.claims);
         if (entry.claims) {
-            EXPECT_EQ(LatLon(ac.searchedLat, ac.searchedLon), stop) << "it would search here again";
+            EXPECT_EQ((LatLon{ac.searchedLat, ac.searchedLon}), stop) << "it would search here again";
             EXPECT_FALSE(curveActive(ac));
             EXPECT_EQ(ac.reckonLeft, 0);
             EXPECT_EQ(ac.track.front().gsKt, ac.pushSpeedKt);

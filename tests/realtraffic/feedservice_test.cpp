@@ -204,9 +204,9 @@ TEST(Options, WhatMakesNoSenseIsRefusedWithItsName) {
         {{"--generator", "5", "--garbage", "10"}, "--garbage"},
         {{"--fly"}, "unknown option --fly"},
     };
-    for (const auto& [arguments, text] : cases) {
-        const std::string error = kst::test::thrown<std::runtime_error>([&] { readOptions(arguments); });
-        EXPECT_NE(error.find(text), std::string::npos) << error;
+    for (const auto& entry : cases) {
+        const std::string error = kst::test::thrown<std::runtime_error>([&] { readOptions(entry.first); });
+        EXPECT_NE(error.find(entry.second), std::string::npos) << error;
     }
 }
 
