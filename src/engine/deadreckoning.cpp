@@ -176,6 +176,8 @@ void moveOn(const LiveAc& ac, TrackPoint& p, int seconds) {
     if (ac.landing && ac.flareStage == 0) {
         changeAltitude(p, finalFpm, -seconds * finalFtPerSecond);
     } else if (!ac.landing && ac.phase == AcPhase::TakeOff) {
+        // The last thing heard may be a point on the ground, which has no altitude.
+        p.altFt = p.airborne ? p.altFt : ac.simState.altFt;
         changeAltitude(p, climbOutFpm, seconds * climbOutFtPerSecond);
     }
 }

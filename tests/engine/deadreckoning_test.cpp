@@ -128,6 +128,14 @@ TEST_F(DeadReckoning, SilentTakeOffKeepsClimbing) {
     lf_deadReckon(ac, 8);
     EXPECT_NEAR(ac.track.back().altFt, 8200.0, 1e-9);
     EXPECT_EQ(ac.track.back().vsFpm, 1500.0);
+    // Last heard on the ground of a high airport, where points have no altitude.
+    ac.track.assign(1, ac.track.front());
+    ac.track.front().airborne = false;
+    ac.track.front().altFt = 0.0;
+    ac.simState.altFt = 2100.0;
+    lf_deadReckon(ac, 8);
+    EXPECT_NEAR(ac.track.back().altFt, 2300.0, 1e-9);
+    EXPECT_TRUE(ac.track.back().airborne);
 }
 
 TEST_F(DeadReckoning, SilentRollsAccelerateAndBrake) {

@@ -4,6 +4,7 @@
 #include "support/places.h"
 
 #include <csignal>
+#include <cstdlib>
 #include <sstream>
 #include <unistd.h>
 
@@ -59,13 +60,19 @@ std::map<std::string, std::string> prepare(const std::filesystem::path& folder) 
     for (const char* sub : {"config", "runtime", "documents", "public", "share"}) {
         std::filesystem::create_directories(folder / sub);
     }
-    return {{"XDG_CONFIG_HOME", (folder / "config").string()},
-            {"XDG_RUNTIME_DIR", (folder / "runtime").string()},
-            {"XDG_DATA_HOME", (folder / "share").string()},
-            {"XDG_DOCUMENTS_DIR", (folder / "documents").string()},
-            {"XDG_PUBLICSHARE_DIR", (folder / "public").string()},
-            {"DISPLAY", displayName()},
-            {"QT_QPA_PLATFORM", "xcb"}};
+    std::map<std::string, std::string> environment = {{"XDG_CONFIG_HOME", (folder / "config").string()},
+                                                      {"XDG_RUNTIME_DIR", (folder / "runtime").string()},
+                                                      {"XDG_DATA_HOME", (folder / "share").string()},
+                                                      {"XDG_DOCUMENTS_DIR", (folder / "documents").string()},
+                                                      {"XDG_PUBLICSHARE_DIR", (folder / "public").string()}};
+    // The sanitizers find fault with the libraries of a real display.
+    if (std::getenv("KESTRANE_TEST_WITHOUT_DISPLAY") != nullptr) {
+        environment["QT_QPA_PLATFORM"] = "offscreen";
+    } else {
+        environment["DISPLAY"] = displayName();
+        environment["QT_QPA_PLATFORM"] = "xcb";
+    }
+    return environment;
 }
 
 std::string urlOf(const std::filesystem::path& path) {
