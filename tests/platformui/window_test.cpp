@@ -80,6 +80,12 @@ protected:
         owner.painted.clear();
     }
 
+    void showText(const std::string& text) {
+        owner.text = text;
+        window->invalidate({0, 0, 400, 200});
+        test::settle();
+    }
+
     Owner owner;
     std::unique_ptr<Window> window;
 };
@@ -210,7 +216,7 @@ TEST_F(RealWindow, WhatIsPaintedIsSeen) {
 }
 
 TEST_F(RealWindow, TextKeepsToItsLine) {
-    owner.text = "\u00c5gjpqy|";
+    showText("\u00c5gjpqy|");
     for (int x = 0; x < 100; ++x) {
         EXPECT_EQ(test::pixelAt(x, 169), background) << x;
         EXPECT_EQ(test::pixelAt(x, 170 + textLineHeight), background) << x;
@@ -218,7 +224,7 @@ TEST_F(RealWindow, TextKeepsToItsLine) {
 }
 
 TEST_F(RealWindow, TextIsAsWideAsMeasured) {
-    owner.text = "Straight push backs only WWW";
+    showText("Straight push backs only WWW");
     constexpr int lastLetter = 12;
     const int end = 20 + createMeasuringPainter()->textWidth(owner.text);
     int inked = 0;
