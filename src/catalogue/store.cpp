@@ -27,8 +27,7 @@ bool tablesBuilt = false; ///< worker
 /// The operator asked for a scan; the worker empties the tables before it builds them anew.
 std::atomic<bool> emptyingAsked{false};
 
-/// One walk over the attributes, told apart by two letters before their name is compared: there are tens of
-/// thousands of elements.
+/// One walk over the attributes: there are tens of thousands of elements.
 void takeLivery(const pugi::xml_node& node, LiveryData& livery) {
     for (auto attribute = node.first_attribute(); attribute; attribute = attribute.next_attribute()) {
         const char* const name = attribute.name();
