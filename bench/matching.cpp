@@ -7,6 +7,7 @@
 #include "catalogue/scannedliveries.h"
 #include "catalogue/store.h"
 #include "core/random.h"
+#include "tools/kestrane-data/matchtable.h"
 
 #include <ctime>
 #include <filesystem>
@@ -79,21 +80,6 @@ void fillReference(std::mt19937& random) {
     }
 }
 
-void buildTables(const std::vector<LiveryData>& liveries) {
-    gf_buildAirlineIndex(liveries);
-    gf_buildAirlineModelTitles();
-    for (const LiveryData& livery : liveries) {
-        if (!livery.regcode.empty()) {
-            liveryTables().regcodeTitles.try_emplace(livery.regcode, gf_findTitle(livery.title));
-        }
-    }
-    gf_buildModelTitles();
-    gf_buildSimilarTables();
-    for (const Category category : {Category::Light, Category::Buzjets, Category::Rotorcraft}) {
-        listFallbackModels(category);
-    }
-}
-
 double seconds(std::clock_t since) {
     return static_cast<double>(std::clock() - since) / CLOCKS_PER_SEC;
 }
@@ -103,7 +89,7 @@ void match(benchmark::State& state) {
     seedRandom(6);
     fillReference(random);
     const std::clock_t begin = std::clock();
-    buildTables(drawLiveries(random));
+    data::buildMatchTables(drawLiveries(random));
     state.counters["build ms"] = seconds(begin) * 1e3;
     std::vector<AcBase> fleet(4096);
     for (AcBase& ac : fleet) {

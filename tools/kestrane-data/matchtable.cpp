@@ -34,23 +34,11 @@ struct Counts {
     std::map<std::string, int> unmatched; ///< by size class and type
 };
 
-void buildTables(const std::string& store, const std::string& reference) {
+void readTables(const std::string& store, const std::string& reference) {
     std::string text = readZip(reference);
     readReferenceText(text, reference, referenceTables());
     readLiveriesFrom(platform::pathFromUtf8(store));
-    gf_buildAirlineIndex(scannedLiveries);
-    gf_buildAirlineModelTitles();
-    for (const LiveryData& livery : scannedLiveries) {
-        if (!livery.regcode.empty()) {
-            liveryTables().regcodeTitles.try_emplace(livery.regcode, gf_findTitle(livery.title));
-        }
-    }
-    gf_buildModelTitles();
-    gf_buildSimilarTables();
-    // Only the small classes' models are wanted; no switch of the user's is to be touched.
-    for (const Category category : {Category::Light, Category::Buzjets, Category::Rotorcraft}) {
-        listFallbackModels(category);
-    }
+    buildMatchTables(scannedLiveries);
 }
 
 /// Registration and type in a line that introduces an aircraft:
@@ -120,9 +108,25 @@ void printRow(std::string_view name, const Counts& counts) {
 
 } // namespace
 
+void buildMatchTables(const std::vector<LiveryData>& liveries) {
+    gf_buildAirlineIndex(liveries);
+    gf_buildAirlineModelTitles();
+    for (const LiveryData& livery : liveries) {
+        if (!livery.regcode.empty()) {
+            liveryTables().regcodeTitles.try_emplace(livery.regcode, gf_findTitle(livery.title));
+        }
+    }
+    gf_buildModelTitles();
+    gf_buildSimilarTables();
+    // Only the small classes' models are wanted; no switch of the user's is to be touched.
+    for (const Category category : {Category::Light, Category::Buzjets, Category::Rotorcraft}) {
+        listFallbackModels(category);
+    }
+}
+
 void printMatches(const std::string& store, const std::string& reference,
                   const std::vector<std::string>& tracks) {
-    buildTables(store, reference);
+    readTables(store, reference);
     RANDOM.set(false);
     std::cout << fmt::format("{:34}{:>6}{:>6}{:>6}{:>6}{:>6}{:>6}{:>6}{:>9}\n", "recording", 1, 2, 3, 4, 5, 6,
                              "none", "no type");
