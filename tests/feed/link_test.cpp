@@ -7,6 +7,7 @@
 #include "core/parameters.h"
 #include "feed/realtrafficlink.h"
 #include "model/units.h"
+#include "support/thrown.h"
 
 #include <chrono>
 #include <cmath>
@@ -76,9 +77,10 @@ protected:
         return client;
     }
     /// The other end has gone: sends until the link notices.
-    void sendUntilLost() {
-        EXPECT_TRUE(waitUntil([] {
-            lf_sendUserPosition();
+    template <typename Send>
+    static void untilLost(Send send) {
+        EXPECT_TRUE(waitUntil([&] {
+            send();
             return !realTrafficConnected();
         }));
     }
@@ -91,14 +93,13 @@ TEST_F(Link, PositionCommandToTheLetter) {
     userData.bank = 0.1;
     userData.heading = 3.1415926535;
     userData.altitudeFt = 1416.25;
-    userData.groundSpeedKt = 12.5;
     userData.latitude = 45.0;
     userData.longitude = -90.0;
-    EXPECT_EQ(userPositionCommand(), "Qs121=-5123;10000;3.141593;1416250;12500;0.785398;-1.570796\r\n");
-    userData.groundSpeedKt = 0.1234567;
-    EXPECT_THAT(userPositionCommand(), HasSubstr(";123.4567;"));
-    userData.groundSpeedKt = 0.0;
-    EXPECT_THAT(userPositionCommand(), HasSubstr(";1416250;0;"));
+    for (const auto& [knots, text] : {std::pair(12.5, "12500"), {0.1234567, "123.4567"}, {0.0, "0"}}) {
+        userData.groundSpeedKt = knots;
+        EXPECT_EQ(userPositionCommand(),
+                  fmt::format("Qs121=-5123;10000;3.141593;1416250;{};0.785398;-1.570796\r\n", text));
+    }
 }
 
 TEST_F(Link, ConnectExchangesTheVersionAndStartsTheTraffic) {
@@ -120,27 +121,22 @@ TEST_F(Link, ConnectExchangesTheVersionAndStartsTheTraffic) {
     EXPECT_EQ(realTrafficPort(), 0);
 }
 
-TEST_F(Link, SimTimeIsSentOnlyWhenThereIsOne) {
+TEST_F(Link, OnlyAKnownTimeAndAKnownPositionAreSent) {
     Client client = connected();
     for (const std::int64_t seconds :
          {std::int64_t{0}, std::int64_t{-5}, std::numeric_limits<std::int64_t>::max()}) {
         lf_sendSimTime(seconds);
     }
-    lf_sendSimTime(1);
-    EXPECT_EQ(client.command(), "Qs123=1000");
-}
-
-TEST_F(Link, UnknownPositionIsNotSent) {
-    Client client = connected();
     const double none = std::numeric_limits<double>::quiet_NaN();
-    for (const LatLon position : {LatLon{0.0, 0.0}, LatLon{0.0009, 0.05}, LatLon{none, 8.0}}) {
+    for (const LatLon position :
+         {LatLon{0.0, 0.0}, LatLon{0.0009, 0.05}, LatLon{none, 8.0}, LatLon{1.0, 8.0}}) {
         userData.latitude = position.lat;
         userData.longitude = position.lon;
         lf_sendUserPosition();
     }
-    userData.latitude = 1.0;
-    lf_sendUserPosition();
+    lf_sendSimTime(1);
     EXPECT_EQ(client.command() + "\r\n", userPositionCommand());
+    EXPECT_EQ(client.command(), "Qs123=1000");
 }
 
 TEST_F(Link, RemoteRealTrafficHasNoLink) {
@@ -157,7 +153,7 @@ TEST_F(Link, LostLinkTakesTheAircraftOutAndComesBack) {
     newLog();
     EXPECT_EQ(lost_, 0);
     client.leave();
-    sendUntilLost();
+    untilLost(lf_sendUserPosition);
     EXPECT_EQ(lost_, 1);
     EXPECT_FALSE(statusValues().rtConnected);
     EXPECT_THAT(messageLine().message,
@@ -180,12 +176,8 @@ TEST_F(Link, LostLinkTakesTheAircraftOutAndComesBack) {
 }
 
 TEST_F(Link, LossNoticedByTheTimeCommandCountsAsWell) {
-    Client client = connected();
-    client.leave();
-    EXPECT_TRUE(waitUntil([] {
-        lf_sendSimTime(1'700'000'000);
-        return !realTrafficConnected();
-    }));
+    connected().leave();
+    untilLost([] { lf_sendSimTime(1'700'000'000); });
     EXPECT_EQ(lost_, 1);
 }
 
@@ -202,33 +194,31 @@ TEST_F(Link, ClientThatDoesNotReadDoesNotBlockTheWorker) {
     EXPECT_THAT(newLog(), HasSubstr("sendDataPacket to RealTraffic failed: 10060 Connection timed out\n"));
 }
 
-struct ReplyCase {
-    std::string reply;
-    const char* edition;
-    bool following;
-};
-
 TEST_F(Link, VersionReplies) {
-    const std::vector<ReplyCase> cases = {
-        {R"({"version":"9.5","level":2})", "RT prof edition: 9.5", true},
-        {R"({"version":"9.5","level":1})", "RT stnd edition: 9.5", false},
-        {R"({"version":"9.5","level":2.0})", "RT prof edition: 9.5", true},
-        {R"({"version":"9.5"})", "RT prof edition: 9.5", true},
-        {R"({"version":"","level":3})", "RT stnd edition: ?", false},
-        {R"({"level":0})", "RT stnd edition: ?", false},
-        {"{}\r\n", "RT prof edition: ?", true},
+    const struct {
+        std::string reply;
+        const char* edition;
+        bool following;
+    } cases[] = {
+        {R"({"version":"9.5","level":2})", "prof edition: 9.5", true},
+        {R"({"version":"9.5","level":1})", "stnd edition: 9.5", false},
+        {R"({"version":"9.5","level":2.0})", "prof edition: 9.5", true},
+        {R"({"version":"9.5"})", "prof edition: 9.5", true},
+        {R"({"version":"","level":3})", "stnd edition: ?", false},
+        {R"({"level":0})", "stnd edition: ?", false},
+        {"{}\r\n", "prof edition: ?", true},
         // A wrong type counts as a missing key.
-        {R"({"version":95,"level":"1"})", "RT prof edition: ?", true},
-        {R"({"version":["9.5"],"level":null})", "RT prof edition: ?", true},
-        {"[1,2]", "RT prof edition: ?", true},
-        {"17", "RT prof edition: ?", true},
-        {fmt::format(R"({{"version":"{}","level":1}})", std::string(8000, '9')), "RT stnd edition: ?", false},
+        {R"({"version":95,"level":"1"})", "prof edition: ?", true},
+        {R"({"version":["9.5"],"level":null})", "prof edition: ?", true},
+        {"[1,2]", "prof edition: ?", true},
+        {"17", "prof edition: ?", true},
+        {fmt::format(R"({{"version":"{}","level":1}})", std::string(8000, '9')), "stnd edition: ?", false},
     };
-    for (const ReplyCase& c : cases) {
-        timeFollowing = !c.following;
-        lf_readRealTrafficVersion(c.reply);
-        EXPECT_EQ(statusValues().rtEditionText, c.edition) << c.reply;
-        EXPECT_EQ(timeFollowing, c.following) << c.reply;
+    for (const auto& row : cases) {
+        timeFollowing = !row.following;
+        lf_readRealTrafficVersion(row.reply);
+        EXPECT_EQ(statusValues().rtEditionText, std::string("RT ") + row.edition) << row.reply;
+        EXPECT_EQ(timeFollowing, row.following) << row.reply;
     }
     lf_readRealTrafficVersion("");
     EXPECT_FALSE(timeFollowing);
@@ -259,13 +249,7 @@ TEST_F(Link, ServerIsOpenedAnewForTheNextRun) {
 TEST_F(Link, PortsThatCannotBeOpened) {
     const auto failure = [](const std::string& port) {
         PORT_NUMBER.set(port);
-        try {
-            lf_openRealTraffic();
-        } catch (const SysErrorException& e) {
-            EXPECT_EQ(realTrafficPort(), 0);
-            return std::string(e.what());
-        }
-        return std::string("opened");
+        return thrown<SysErrorException>(lf_openRealTraffic);
     };
     asio::io_context context;
     tcp::acceptor taken(context, tcp::endpoint(tcp::v4(), 0));
@@ -274,9 +258,11 @@ TEST_F(Link, PortsThatCannotBeOpened) {
     const std::string refused = fmt::format("sys error 5: Bind failed at port {} with error ", port);
     EXPECT_THAT(failure(port), testing::AnyOf(refused + "10048 Address already in use",
                                               refused + "10013 Permission denied"));
-    EXPECT_THAT(failure("99999"), HasSubstr("sys error 1: getaddrinfo failed with error "));
-    EXPECT_THAT(failure("no such service"), HasSubstr("sys error 1: getaddrinfo failed with error "));
-    EXPECT_EQ(failure("0"), "opened");
+    for (const char* const name : {"99999", "no such service"}) {
+        EXPECT_THAT(failure(name), HasSubstr("sys error 1: getaddrinfo failed with error "));
+    }
+    EXPECT_EQ(realTrafficPort(), 0);
+    EXPECT_EQ(failure("0"), "nothing was thrown");
 }
 
 /// Runs `wait` on a thread of its own, as the worker would, and `end` once it blocks for sure or is about to.
@@ -296,14 +282,14 @@ void expectWaitEnds(Wait wait, End end) {
 
 TEST_F(Link, EveryWaitForAClientCanBeEnded) {
     lf_openRealTraffic();
-    expectWaitEnds([] { lf_waitForRealTraffic(); }, [] { lf_cancelRealTrafficWait(); });
+    expectWaitEnds(lf_waitForRealTraffic, lf_cancelRealTrafficWait);
     EXPECT_FALSE(realTrafficConnected());
-    expectWaitEnds([] { lf_sendUserPosition(); }, [] { lf_cancelRealTrafficWait(); });
-    expectWaitEnds([] { lf_waitForRealTraffic(); }, [] { exitRequested = true; });
+    expectWaitEnds(lf_sendUserPosition, lf_cancelRealTrafficWait);
+    expectWaitEnds(lf_waitForRealTraffic, [] { exitRequested = true; });
     exitRequested = false;
-    expectWaitEnds([] { lf_sendUserPosition(); }, [] { userClosed = true; });
+    expectWaitEnds(lf_sendUserPosition, [] { userClosed = true; });
     userClosed = false;
-    expectWaitEnds([] { lf_waitForRealTraffic(); }, [] { lf_closeRealTraffic(); });
+    expectWaitEnds(lf_waitForRealTraffic, lf_closeRealTraffic);
     EXPECT_EQ(realTrafficPort(), 0);
 }
 
