@@ -8,32 +8,21 @@
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
-#include <optional>
 
 namespace kst::bench {
 
 namespace {
-
-using Line = std::vector<tool::TrackPoint>;
 
 constexpr double sampleS = 0.1;
 constexpr std::size_t samplesPerSecond = 10;
 constexpr double longestSampleS = 0.15;
 constexpr double overlapStepS = 0.5;
 
-/// What is told after a longer silence is not held against the aircraft, nor what it does for a while after.
-constexpr double longestGapS = 35.0;
-constexpr double recoveryS = 40.0;
-
-constexpr double reversalM = 2.0;
-constexpr double reversalDeg = 120.0;
-constexpr double shortestPieceM = 1.0;
-
 constexpr double onStandM = 20.0;    ///< a recorded stop so near to a stand is on it
 constexpr double roundingS = 5.0;    ///< a stop begins some time before it is told
 constexpr double timeToParkS = 60.0; ///< after a stop has been shown
 
-ApronStage stageOf(const ApronSample& sample) {
+ApronStage stageOf(const Sample& sample) {
     switch (sample.phase) {
     case AcPhase::PushBack:
     case AcPhase::AfterPush:
@@ -48,132 +37,40 @@ ApronStage stageOf(const ApronSample& sample) {
     case AcPhase::Air:
         break;
     }
-    return sample.rolling ? ApronStage::Roll : ApronStage::Taxi;
-}
-
-bool moves(const ApronSample& sample) {
-    return stageOf(sample) != ApronStage::Parked;
+    const bool rolls = sample.stage == Stage::TakeOff || sample.stage == Stage::Rollout;
+    return rolls ? ApronStage::Roll : ApronStage::Taxi;
 }
 
 double degreesOff(double a, double b) {
     return std::abs(gf_angleDiff(a, b)) * degPerRad;
 }
 
-/// The naive replay's moments on the ground, as samples.
-std::vector<ApronSample> naiveOf(const Line& line) {
-    std::vector<ApronSample> samples;
-    double heading = 0.0;
-    bool headed = false;
-    std::size_t next = 1;
-    for (double time = line.front().time; time <= line.back().time; time += sampleS) {
-        ApronSample sample;
-        for (; next < line.size() && line[next].time <= time; ++next) {
+void addStages(ApronFigures& figures, const std::string& name, const PlayedAircraft& aircraft) {
+    const Silences silences(aircraft.line);
+    const std::vector<Sample>& samples = aircraft.flown;
+    WayWatch way;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const Sample& sample = samples[i];
+        StageFigures& here = figures.stages[static_cast<std::size_t>(stageOf(sample))];
+        here.seconds += sampleS;
+        here.turnShare.note(sample.turnShare, name, sample.at);
+        if (i % samplesPerSecond != 0) {
+            continue;
         }
-        if (next < line.size()) {
-            const LatLon from = line[next - 1].position;
-            const LatLon to = line[next].position;
-            if (tool::metresBetween(from, to) >= shortestPieceM) {
-                const double way = gf_bearing(from, to);
-                sample.turnDeg = headed ? degreesOff(heading, way) : 0.0;
-                heading = way;
-                headed = true;
+        const auto found = tool::placeOnLine(aircraft.line, sample.at, sample.position);
+        if (found && !sample.coasting && !silences.at(sample.at - tool::playDelaySeconds)) {
+            here.fromLineM.push_back(found->distanceM);
+            here.fromLine.note(found->distanceM, name, sample.at);
+        }
+        if (i > 0) {
+            const Sample& from = samples[i - samplesPerSecond];
+            const bool linked = sample.at - from.at < samplesPerSecond * longestSampleS;
+            if (way.turnsBack(from.position, sample.position, linked)) {
+                here.noteReversal(name, sample.at);
             }
         }
-        const tool::TrackPoint place = tool::pointAt(line, time);
-        sample.at = time + tool::playDelaySeconds;
-        sample.position = place.position;
-        sample.heading = heading;
-        sample.phase = AcPhase::Taxi;
-        if (place.onGround) {
-            samples.push_back(sample);
-        }
     }
-    return samples;
 }
-
-class StageAdder {
-public:
-    StageAdder(ApronFigures& figures, std::string name, const Line& line)
-        : figures_(figures), name_(std::move(name)), line_(line) {
-        for (std::size_t i = 1; i < line.size(); ++i) {
-            if (line[i].time - line[i - 1].time > longestGapS) {
-                gaps_.emplace_back(line[i - 1].time, line[i].time + recoveryS);
-            }
-        }
-    }
-
-    void add(const std::vector<ApronSample>& samples, bool naive) {
-        naive_ = naive;
-        moved_ = false;
-        for (std::size_t i = 0; i < samples.size(); ++i) {
-            const ApronSample& sample = samples[i];
-            ApronStageFigures& here = stage(sample);
-            here.seconds += sampleS;
-            if (sample.turnDeg > here.turnDeg) {
-                here.turnDeg = sample.turnDeg;
-                here.whereTurn = where(sample);
-            }
-            here.turnShare = std::max(here.turnShare, sample.turnShare);
-            if (i % samplesPerSecond == 0) {
-                place(sample);
-                if (i >= samplesPerSecond) {
-                    direction(samples[i - samplesPerSecond], sample);
-                }
-            }
-        }
-    }
-
-private:
-    ApronStageFigures& stage(const ApronSample& sample) {
-        const ApronStage stage = naive_ ? ApronStage::Naive : stageOf(sample);
-        return figures_.stages[static_cast<std::size_t>(stage)];
-    }
-
-    std::string where(const ApronSample& sample) const {
-        return fmt::format("{}, {:.0f} s", name_, sample.at);
-    }
-
-    void place(const ApronSample& sample) {
-        const double told = sample.at - tool::playDelaySeconds;
-        const bool inGap = std::any_of(gaps_.begin(), gaps_.end(), [&](const auto& gap) {
-            return told > gap.first && told < gap.second;
-        });
-        const auto found = tool::placeOnLine(line_, {sample.at, sample.position, 0.0, 0.0, true});
-        if (sample.coasting || inGap || !found) {
-            return;
-        }
-        ApronStageFigures& here = stage(sample);
-        here.fromLineM.push_back(found->distanceM);
-        if (found->distanceM > here.worstFromLineM) {
-            here.worstFromLineM = found->distanceM;
-            here.whereFromLine = where(sample);
-        }
-    }
-
-    /// The way of this second against the way of the last one.
-    void direction(const ApronSample& from, const ApronSample& to) {
-        const bool together = to.at - from.at < samplesPerSecond * longestSampleS;
-        if (!together || tool::metresBetween(from.position, to.position) < reversalM) {
-            moved_ = false;
-            return;
-        }
-        const double way = gf_bearing(from.position, to.position);
-        if (moved_ && degreesOff(lastWay_, way) > reversalDeg) {
-            ++stage(to).reversals;
-            stage(to).whereReversal = where(to);
-        }
-        moved_ = true;
-        lastWay_ = way;
-    }
-
-    ApronFigures& figures_;
-    std::string name_;
-    const Line& line_;
-    std::vector<std::pair<double, double>> gaps_;
-    bool naive_ = false;
-    bool moved_ = false;
-    double lastWay_ = 0.0;
-};
 
 const ParkPos* nearestStand(const std::vector<ParkPos>& stands, LatLon place) {
     const ParkPos* nearest = nullptr;
@@ -194,7 +91,7 @@ std::string doingAt(const PlayedAircraft& aircraft, double at) {
     if (!aircraft.shown) {
         return fmt::format("never shown: {}", refusalText(aircraft.refused));
     }
-    for (const ApronSample& sample : aircraft.samples) {
+    for (const Sample& sample : aircraft.flown) {
         if (sample.at > at) {
             break;
         }
@@ -210,7 +107,7 @@ std::string doingAt(const PlayedAircraft& aircraft, double at) {
 }
 
 StandStop judged(const RecordedStop& stop, const ParkPos& stand, const PlayedAircraft& aircraft,
-                 const PlayedApron& played) {
+                 const PlayedScene& played) {
     StandStop out;
     out.stand = stand.id;
     out.recordedFromStandM = tool::metresBetween(stand.position(), stop.place);
@@ -218,21 +115,22 @@ StandStop judged(const RecordedStop& stop, const ParkPos& stand, const PlayedAir
     out.leaves = stop.leaves;
     const double from = stop.begin + tool::playDelaySeconds - roundingS;
     const double to = stop.leaves ? stop.end + tool::playDelaySeconds + timeToParkS : played.end;
-    const ApronSample* parked = nullptr;
-    for (const ApronSample& sample : aircraft.samples) {
+    const Sample* parked = nullptr;
+    for (const Sample& sample : aircraft.flown) {
         if (sample.phase == AcPhase::Parked && sample.at >= from && sample.at <= to) {
             parked = &sample;
         }
     }
-    const ParkPos* own = parked == nullptr ? nullptr : standOf(played.stands, parked->sid);
-    if (own == nullptr) {
+    const auto own = parked == nullptr ? played.stands.end()
+                                       : std::ranges::find(played.stands, parked->sid, &ParkPos::sid);
+    if (own == played.stands.end()) {
         out.instead = doingAt(aircraft, to);
         return out;
     }
     out.parkedOn = own->id;
     out.fromStandM = tool::metresBetween(parked->position, own->position());
     out.headingOffDeg = degreesOff(parked->heading, own->heading);
-    out.stays = stop.leaves || aircraft.samples.back().phase == AcPhase::Parked;
+    out.stays = stop.leaves || aircraft.flown.back().phase == AcPhase::Parked;
     if (!out.stays || !aircraft.leavings.empty()) {
         out.instead = doingAt(aircraft, to);
     }
@@ -242,7 +140,6 @@ StandStop judged(const RecordedStop& stop, const ParkPos& stand, const PlayedAir
 struct OnApron {
     const PlayedAircraft* aircraft = nullptr;
     LatLon position;
-    bool recorded = false; ///< the feed still tells of it
 };
 
 /// Everybody on the ground at one moment.
@@ -251,128 +148,93 @@ struct Apron {
     std::vector<OnApron> parked;
 };
 
-/// The samples of one aircraft by moments of equal distance.
-class Moments {
-public:
-    explicit Moments(const std::vector<ApronSample>& samples) : samples_(samples) {}
-
-    /// The sample of this moment; moments must not go back.
-    const ApronSample* at(double time) {
-        while (next_ < samples_.size() && samples_[next_].at < time - sampleS / 2.0) {
-            ++next_;
-        }
-        const bool here = next_ < samples_.size() && samples_[next_].at < time + sampleS;
-        return here ? &samples_[next_] : nullptr;
-    }
-
-private:
-    const std::vector<ApronSample>& samples_;
-    std::size_t next_ = 0;
-};
-
 bool recordedAt(const PlayedAircraft& aircraft, double at) {
     const double told = at - tool::playDelaySeconds;
     return told >= aircraft.line.front().time && told <= aircraft.line.back().time;
 }
 
-void addOverlap(Overlap& overlap, const OnApron& a, const OnApron& b, const std::string& scene) {
-    if (tool::metresBetween(a.position, b.position) >= a.aircraft->halfSpanM + b.aircraft->halfSpanM) {
-        return;
-    }
-    if (a.recorded && b.recorded) {
-        overlap.seconds += overlapStepS;
-        overlap.pairs[fmt::format("{} {} {}", scene, a.aircraft->callsign, b.aircraft->callsign)] +=
-            overlapStepS;
-    } else {
-        overlap.afterRecording += overlapStepS;
+void addOverlap(Overlaps& overlaps, const OnApron& a, const OnApron& b, const std::string& scene) {
+    if (tool::metresBetween(a.position, b.position) < a.aircraft->halfSpanM + b.aircraft->halfSpanM) {
+        overlaps[fmt::format("{} {} {}", scene, a.aircraft->callsign, b.aircraft->callsign)] += overlapStepS;
     }
 }
 
-void addOverlaps(Overlap& overlap, const std::vector<OnApron>& all, const std::string& scene) {
+void addOverlaps(Overlaps& overlaps, const std::vector<OnApron>& all, const std::string& scene) {
     for (std::size_t i = 0; i < all.size(); ++i) {
         for (std::size_t j = i + 1; j < all.size(); ++j) {
-            addOverlap(overlap, all[i], all[j], scene);
+            addOverlap(overlaps, all[i], all[j], scene);
         }
     }
 }
 
-void addOverlaps(Overlap& overlap, const Apron& apron, const std::string& scene) {
+void addOverlaps(Overlaps& overlaps, const Apron& apron, const std::string& scene) {
     for (const OnApron& moving : apron.moving) {
         for (const OnApron& parked : apron.parked) {
-            addOverlap(overlap, moving, parked, scene);
+            addOverlap(overlaps, moving, parked, scene);
         }
     }
 }
 
-/// Overlapping wing circles through a scene, among those that are shown at all: of those that move as flown,
-/// of those that move in the naive replay, and of those that are parked.
-class OverlapWatch {
-public:
-    OverlapWatch(ApronFigures& figures, const ApronScene& scene, const PlayedApron& played)
-        : figures_(figures), scene_(scene), played_(played) {
-        naive_.reserve(played.aircraft.size());
-        for (const PlayedAircraft& aircraft : played.aircraft) {
-            if (!aircraft.shown || aircraft.type.empty() || aircraft.line.empty()) {
+/// One that is shown at all, followed through its scene.
+struct Followed {
+    const PlayedAircraft* aircraft = nullptr;
+    std::vector<RecordedStop> stops; ///< on stands
+    std::size_t next = 0;            ///< sample
+
+    /// Where it is on the ground as flown; moments must not go back.
+    const Sample* flownAt(double at) {
+        const std::vector<Sample>& samples = aircraft->flown;
+        while (next < samples.size() && samples[next].at < at - sampleS / 2.0) {
+            ++next;
+        }
+        return next < samples.size() && samples[next].at < at + sampleS ? &samples[next] : nullptr;
+    }
+
+    bool standsAt(double told) const {
+        return std::ranges::any_of(
+            stops, [&](const RecordedStop& stop) { return told >= stop.begin && told <= stop.end; });
+    }
+};
+
+/// Overlapping wing circles through a scene: as flown, and on the recorded ways themselves.
+void addOverlaps(ApronFigures& figures, const std::string& scene, const PlayedScene& played) {
+    std::vector<Followed> all;
+    for (const PlayedAircraft& aircraft : played.aircraft) {
+        if (aircraft.shown && !aircraft.type.empty() && !aircraft.line.empty()) {
+            all.push_back({&aircraft, stopsOf(aircraft.line)});
+            std::erase_if(all.back().stops, [&](const RecordedStop& stop) {
+                return nearestStand(played.stands, stop.place) == nullptr;
+            });
+        }
+    }
+    for (double at = 0.0; at < played.end; at += overlapStepS) {
+        const double told = at - tool::playDelaySeconds;
+        Apron flown;
+        Apron naive;
+        for (Followed& one : all) {
+            if (!recordedAt(*one.aircraft, at)) {
                 continue;
             }
-            naive_.push_back(naiveOf(aircraft.line));
-            watched_.push_back({&aircraft, Moments(aircraft.samples), Moments(naive_.back()), {}});
-            for (const RecordedStop& stop : stopsOf(aircraft.line)) {
-                if (nearestStand(played.stands, stop.place) != nullptr) {
-                    watched_.back().parkedStops.push_back(stop);
-                }
+            if (const Sample* sample = one.flownAt(at)) {
+                const bool parked = stageOf(*sample) == ApronStage::Parked;
+                (parked ? flown.parked : flown.moving).push_back({one.aircraft, sample->position});
+            }
+            const tool::TrackPoint place = tool::pointAt(one.aircraft->line, told);
+            if (place.onGround) {
+                (one.standsAt(told) ? naive.parked : naive.moving).push_back({one.aircraft, place.position});
             }
         }
+        addOverlaps(figures.flown, flown.moving, scene);
+        addOverlaps(figures.naive, naive.moving, scene);
+        addOverlaps(figures.flownPast, flown, scene);
+        addOverlaps(figures.naivePast, naive, scene);
+        addOverlaps(figures.parked, flown.parked, scene);
     }
-
-    void watch() {
-        for (double at = 0.0; at < played_.end; at += overlapStepS) {
-            Apron flown;
-            Apron naive;
-            for (Watched& watched : watched_) {
-                const bool recorded = recordedAt(*watched.aircraft, at);
-                if (const ApronSample* sample = watched.flown.at(at)) {
-                    (moves(*sample) ? flown.moving : flown.parked)
-                        .push_back({watched.aircraft, sample->position, recorded});
-                }
-                if (const ApronSample* sample = watched.naive.at(at)) {
-                    (standsAt(watched, at) ? naive.parked : naive.moving)
-                        .push_back({watched.aircraft, sample->position, recorded});
-                }
-            }
-            addOverlaps(figures_.flown, flown.moving, scene_.name);
-            addOverlaps(figures_.naive, naive.moving, scene_.name);
-            addOverlaps(figures_.flownPast, flown, scene_.name);
-            addOverlaps(figures_.naivePast, naive, scene_.name);
-            addOverlaps(figures_.parked, flown.parked, scene_.name);
-        }
-    }
-
-private:
-    struct Watched {
-        const PlayedAircraft* aircraft;
-        Moments flown;
-        Moments naive;
-        std::vector<RecordedStop> parkedStops;
-    };
-
-    static bool standsAt(const Watched& watched, double at) {
-        const double told = at - tool::playDelaySeconds;
-        return std::any_of(watched.parkedStops.begin(), watched.parkedStops.end(),
-                           [&](const RecordedStop& stop) { return told >= stop.begin && told <= stop.end; });
-    }
-
-    ApronFigures& figures_;
-    const ApronScene& scene_;
-    const PlayedApron& played_;
-    std::vector<std::vector<ApronSample>> naive_; ///< reserved: `watched_` refers into it
-    std::vector<Watched> watched_;
-};
+}
 
 void addLeavings(ApronFigures& figures, const PlayedAircraft& aircraft, const std::string& name) {
     for (const Leaving& leaving : aircraft.leavings) {
         if (!recordedAt(aircraft, leaving.at)) {
-            ++figures.leftAfterwards[leaving.reason];
             continue;
         }
         ++figures.leftWhileRecorded[leaving.reason];
@@ -391,12 +253,7 @@ std::string_view refusalText(Reason reason) {
     return reason == Reason::None ? "refused before the buffer" : reasonText(reason);
 }
 
-const ParkPos* standOf(const std::vector<ParkPos>& stands, std::uint32_t sid) {
-    const auto found = std::ranges::find(stands, sid, &ParkPos::sid);
-    return found == stands.end() ? nullptr : &*found;
-}
-
-void ApronFigures::add(const ApronScene& scene, const PlayedApron& played) {
+void ApronFigures::add(const std::string& scene, const PlayedScene& played) {
     ++scenes;
     for (const PlayedAircraft& one : played.aircraft) {
         if (one.line.empty() || one.type.empty()) {
@@ -404,10 +261,8 @@ void ApronFigures::add(const ApronScene& scene, const PlayedApron& played) {
         }
         ++aircraft;
         shown += one.shown ? 1 : 0;
-        const std::string name = fmt::format("{} {}", scene.name, one.callsign);
-        StageAdder adder(*this, name, one.line);
-        adder.add(one.samples, false);
-        adder.add(naiveOf(one.line), true);
+        const std::string name = fmt::format("{} {}", scene, one.callsign);
+        addStages(*this, name, one);
         addLeavings(*this, one, name);
         for (const RecordedStop& stop : stopsOf(one.line)) {
             if (const ParkPos* stand = nearestStand(played.stands, stop.place)) {
@@ -417,12 +272,12 @@ void ApronFigures::add(const ApronScene& scene, const PlayedApron& played) {
             }
         }
     }
-    OverlapWatch(*this, scene, played).watch();
+    addOverlaps(*this, scene, played);
 }
 
 double badness(const ApronFigures& figures) {
     constexpr double fault = 100.0;
-    double bad = figures.stages[static_cast<std::size_t>(ApronStage::Taxi)].worstFromLineM;
+    double bad = figures.stages[static_cast<std::size_t>(ApronStage::Taxi)].fromLine.value;
     for (const StandStop& stop : figures.stops) {
         bad += stop.stays && stop.fromStandM <= parkedWithinM && stop.headingOffDeg <= parkedWithinDeg
                    ? 0.0

@@ -5,49 +5,43 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <functional>
+#include <ranges>
 
 namespace kst::bench {
 
 namespace {
 
-constexpr std::array<std::string_view, apronStageCount> stageNames = {"taxi",       "roll",   "push back",
-                                                                      "onto stand", "parked", "naive, all"};
+constexpr std::array<std::string_view, apronStageCount> apronStageNames = {"taxi", "roll", "push back",
+                                                                           "onto stand", "parked"};
 
-std::string stageRows(ApronFigures& figures) {
-    std::string out = "                      |  from the line, m    | turn in a tick | reversals\n"
-                      "stage         seconds | median    95%    max | deg.    share  |\n";
+std::string stageRows(const ApronFigures& figures) {
+    std::string rows = "                      |  from the line, m    | turn, of three | turns\n"
+                       "stage         seconds | median    95%    max | base rates     |  back\n";
+    std::string worst;
     for (std::size_t i = 0; i < apronStageCount; ++i) {
-        ApronStageFigures& stage = figures.stages[i];
+        const StageFigures& stage = figures.stages[i];
         const tool::Spread line = tool::spreadOf(stage.fromLineM);
-        out += fmt::format("{:13} {:7.0f} | {:6.1f} {:6.1f} {:6.1f} | {:6.2f}  {:5.2f}  | {:4}\n",
-                           stageNames[i], stage.seconds, line.median, line.p95, line.max, stage.turnDeg,
-                           stage.turnShare, stage.reversals);
+        rows += fmt::format("{:13} {:7.0f} | {:6.1f} {:6.1f} {:6.1f} | {:14.2f} | {:5}\n", apronStageNames[i],
+                            stage.seconds, line.median, line.p95, line.max, stage.turnShare.value,
+                            stage.reversals);
+        worst += worstOf(apronStageNames[i], stage);
     }
-    for (std::size_t i = 0; i < apronStageCount; ++i) {
-        const ApronStageFigures& stage = figures.stages[i];
-        if (!stage.whereFromLine.empty() && static_cast<ApronStage>(i) != ApronStage::Naive) {
-            out += fmt::format("  {:10} farthest from the line: {}; fastest turn: {}{}{}\n", stageNames[i],
-                               stage.whereFromLine, stage.whereTurn,
-                               stage.reversals > 0 ? "; last reversal: " : "", stage.whereReversal);
-        }
-    }
-    return out;
+    return rows + worst;
 }
 
-std::string overlapRow(std::string_view name, const Overlap& overlap) {
-    std::string out = fmt::format("{:28} {:4} pairs, {:7.1f} s", name, overlap.pairs.size(), overlap.seconds);
-    if (overlap.afterRecording > 0.0) {
-        out += fmt::format("; after the recording of one has ended {:.1f} s more", overlap.afterRecording);
-    }
-    out += "\n";
+std::string overlapRow(std::string_view name, const Overlaps& overlaps) {
+    constexpr std::size_t most = 5;
     std::vector<std::pair<double, std::string>> longest;
-    for (const auto& [pair, seconds] : overlap.pairs) {
-        longest.emplace_back(-seconds, pair);
+    double all = 0.0;
+    for (const auto& [pair, seconds] : overlaps) {
+        longest.emplace_back(seconds, pair);
+        all += seconds;
     }
-    std::sort(longest.begin(), longest.end());
-    constexpr std::size_t shown = 5;
-    for (std::size_t i = 0; i < std::min(shown, longest.size()); ++i) {
-        out += fmt::format("    {:7.1f} s {}\n", -longest[i].first, longest[i].second);
+    std::ranges::sort(longest, std::greater());
+    std::string out = fmt::format("{:28} {:4} pairs, {:7.1f} s\n", name, overlaps.size(), all);
+    for (const auto& [seconds, pair] : longest | std::views::take(most)) {
+        out += fmt::format("    {:7.1f} s {}\n", seconds, pair);
     }
     return out;
 }
@@ -106,23 +100,7 @@ std::string reasonRows(std::string_view name, const std::map<Reason, int>& reaso
 
 } // namespace
 
-std::string pathsOf(const PlayedApron& played) {
-    std::string out = "at,callsign,lat,lon,heading_deg,phase,stand,rolling,no_data,turn_share,from_line_m\n";
-    for (const PlayedAircraft& one : played.aircraft) {
-        for (const ApronSample& sample : one.samples) {
-            const auto found = tool::placeOnLine(one.line, {sample.at, sample.position, 0.0, 0.0, true});
-            const ParkPos* stand = standOf(played.stands, sample.sid);
-            out += fmt::format("{:.1f},{},{:.6f},{:.6f},{:.2f},{},{},{:d},{:d},{:.2f},{:.1f}\n", sample.at,
-                               one.callsign, sample.position.lat, sample.position.lon,
-                               sample.heading * degPerRad, phaseNames[static_cast<std::size_t>(sample.phase)],
-                               stand == nullptr ? "" : stand->id, sample.rolling, sample.coasting,
-                               sample.turnShare, found ? found->distanceM : -1.0);
-        }
-    }
-    return out;
-}
-
-std::string tableOf(ApronFigures& figures) {
+std::string tableOf(const ApronFigures& figures) {
     std::string left;
     for (const std::string& who : figures.whoLeft) {
         left += "  " + who + "\n";
@@ -135,7 +113,6 @@ std::string tableOf(ApronFigures& figures) {
            overlapRow("  moving past parked, naive", figures.naivePast) +
            overlapRow("  parked", figures.parked) + stopRows(figures) +
            reasonRows("removed while recorded", figures.leftWhileRecorded) + left +
-           reasonRows("removed afterwards", figures.leftAfterwards) +
            reasonRows("never shown", figures.neverShown);
 }
 

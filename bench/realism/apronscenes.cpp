@@ -1,15 +1,12 @@
 #include "bench/realism/apronscenes.h"
 
-#include "tools/measureflights/csvtable.h"
 #include "tools/measureflights/line.h"
 
 #include <algorithm>
 #include <cctype>
-#include <cmath>
 #include <fmt/format.h>
-#include <fstream>
+#include <iterator>
 #include <map>
-#include <set>
 #include <stdexcept>
 
 namespace kst::bench {
@@ -17,12 +14,10 @@ namespace kst::bench {
 namespace {
 
 using standin::TrafficReport;
-using Reports = std::vector<TrafficReport>;
 
-constexpr double longestSilenceS = 300.0;
 constexpr double sceneRadiusM = 10.0 * metresPerNm;
 constexpr double apronRadiusM = 3.0 * metresPerNm;
-constexpr std::size_t fewestOnGround = 10;
+constexpr std::ptrdiff_t fewestOnGround = 10;
 
 constexpr std::uint32_t firstHexidTogether = 0x300000;
 
@@ -30,29 +25,6 @@ constexpr std::uint32_t firstHexidTogether = 0x300000;
 constexpr double fastestVehicleKt = 80.0;
 constexpr std::size_t shortestFlightNumber = 6;
 constexpr std::size_t airlineLetters = 3;
-
-/// The airports with a file of stands.
-std::vector<Airport> airportsWithStands(const std::filesystem::path& stands,
-                                        const std::filesystem::path& list) {
-    std::set<std::string, std::less<>> codes;
-    for (const auto& entry : std::filesystem::directory_iterator(stands)) {
-        if (entry.path().extension() == ".csv") {
-            codes.insert(entry.path().stem().string());
-        }
-    }
-    std::vector<Airport> airports;
-    std::ifstream in(list, std::ios::binary);
-    tool::readCsv(in, {"code", "lat", "lon", "alt_ft"}, [&](const tool::CsvRow& row) {
-        if (codes.contains(row.text(0)) && row.number(1) && row.number(2)) {
-            airports.push_back(
-                {std::string(row.text(0)), {*row.number(1), *row.number(2)}, row.number(3).value_or(0.0)});
-        }
-    });
-    if (airports.empty()) {
-        throw std::runtime_error("the folder holds no stands of a known airport");
-    }
-    return airports;
-}
 
 bool isVehicle(const Reports& reports) {
     const std::string& callsign = reports.front().callsign;
@@ -69,7 +41,7 @@ std::string withoutHyphen(std::string registration) {
 }
 
 /// Whatever is an aircraft gets a type that the program knows. Vehicles keep none: the program refuses them.
-void completeTypes(Reports& all, const std::set<std::string, std::less<>>& types) {
+void completeTypes(Reports& all, const Types& types) {
     std::map<std::uint32_t, Reports> byTarget;
     for (const TrafficReport& report : all) {
         byTarget[report.hexid].push_back(report);
@@ -108,64 +80,63 @@ int qnhOf(const Reports& reports, double elevationFt) {
     return qnhFitting(elevationMinusPressure);
 }
 
-std::vector<ApronScene> scenesAt(const Airport& airport, const Reports& all, const std::string& file) {
-    std::vector<ApronScene> scenes;
-    for (const TrafficReport& report : all) {
-        if (tool::metresBetween(report.position, airport.position) > sceneRadiusM) {
-            continue;
+std::vector<Recording> scenesAt(const Airport& airport, const Reports& all, const std::string& file) {
+    const auto isWithin = [&](double radiusM) {
+        return [&airport, radiusM](const TrafficReport& report) {
+            return tool::metresBetween(report.position, airport.position) <= radiusM;
+        };
+    };
+    Reports near;
+    std::ranges::copy_if(all, std::back_inserter(near), isWithin(sceneRadiusM));
+    std::vector<Recording> scenes;
+    for (Reports& reports : cutAtSilences(near)) {
+        const auto onGround = std::ranges::count_if(reports, [&](const TrafficReport& report) {
+            return report.onGround && isWithin(apronRadiusM)(report);
+        });
+        if (onGround >= fewestOnGround) {
+            Recording& scene = scenes.emplace_back();
+            scene.name = fmt::format("{}@{:.0f} {}", file, beginAtZero(reports), airport.code);
+            scene.airports = {airport};
+            scene.qnh = qnhOf(reports, airport.elevationFt);
+            scene.reports = std::move(reports);
         }
-        if (scenes.empty() || report.at - scenes.back().reports.back().at > longestSilenceS) {
-            scenes.push_back({fmt::format("{}@{:.0f} {}", file, report.at, airport.code), airport, {}, 0});
-        }
-        scenes.back().reports.push_back(report);
-    }
-    std::erase_if(scenes, [&](const ApronScene& scene) {
-        return std::count_if(scene.reports.begin(), scene.reports.end(), [&](const TrafficReport& report) {
-                   return report.onGround &&
-                          tool::metresBetween(report.position, airport.position) < apronRadiusM;
-               }) < static_cast<std::ptrdiff_t>(fewestOnGround);
-    });
-    for (ApronScene& scene : scenes) {
-        const double begin = scene.reports.front().at;
-        for (TrafficReport& report : scene.reports) {
-            report.at -= begin;
-        }
-        scene.qnh = qnhOf(scene.reports, airport.elevationFt);
     }
     return scenes;
 }
 
 } // namespace
 
-std::vector<ApronScene> readApronScenes(const std::filesystem::path& tracks,
-                                        const std::filesystem::path& stands,
-                                        const std::filesystem::path& dataFolder) {
-    const std::vector<Airport> airports = airportsWithStands(stands, dataFolder / "airports.csv");
-    const auto types = knownTypes(dataFolder / "types.csv");
-    std::vector<ApronScene> scenes;
-    for (const std::filesystem::path& file : trackFiles(tracks)) {
-        Reports all;
-        standin::recordedTraffic({.files = {{file, 0.0}}})->takeDue(1e18, all);
+std::vector<Recording> readScenes(const std::filesystem::path& tracks, const std::filesystem::path& stands,
+                                  const std::filesystem::path& dataFolder) {
+    std::vector<Airport> airports = readAirports(dataFolder);
+    std::erase_if(airports, [&](const Airport& airport) {
+        return !std::filesystem::exists(stands / (airport.code + ".csv"));
+    });
+    if (airports.empty()) {
+        throw std::runtime_error("the folder holds no stands of a known airport");
+    }
+    const Types types = readTypes(dataFolder);
+    std::vector<Recording> scenes;
+    forEachFile(tracks, [&](const std::string& file, Reports& all) {
         completeTypes(all, types);
         for (const Airport& airport : airports) {
-            for (ApronScene& scene : scenesAt(airport, all, file.stem().string())) {
-                scenes.push_back(std::move(scene));
-            }
+            std::ranges::move(scenesAt(airport, all, file), std::back_inserter(scenes));
         }
-    }
+    });
     return scenes;
 }
 
-std::vector<ApronScene> scenesTogether(const std::vector<ApronScene>& scenes, double everyS) {
-    std::map<std::string, ApronScene> byAirport;
+std::vector<Recording> scenesTogether(const std::vector<Recording>& scenes, double everyS) {
+    std::map<std::string, Recording> byAirport;
     std::map<std::string, double> nextBegin;
     std::uint32_t hexid = firstHexidTogether;
-    for (const ApronScene& scene : scenes) {
-        ApronScene& all = byAirport[scene.airport.code];
-        all.name = "together " + scene.airport.code;
-        all.airport = scene.airport;
+    for (const Recording& scene : scenes) {
+        const std::string& code = scene.airports.front().code;
+        Recording& all = byAirport[code];
+        all.name = "together " + code;
+        all.airports = scene.airports;
         all.qnh = scene.qnh;
-        double& begin = nextBegin[scene.airport.code];
+        double& begin = nextBegin[code];
         std::map<std::uint32_t, std::uint32_t> newIds;
         for (TrafficReport report : scene.reports) {
             report.at += begin;
@@ -176,7 +147,7 @@ std::vector<ApronScene> scenesTogether(const std::vector<ApronScene>& scenes, do
         }
         begin += everyS;
     }
-    std::vector<ApronScene> out;
+    std::vector<Recording> out;
     for (auto& [code, scene] : byAirport) {
         std::ranges::stable_sort(scene.reports, {}, &TrafficReport::at);
         out.push_back(std::move(scene));

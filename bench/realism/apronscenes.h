@@ -6,27 +6,18 @@
 #include "bench/realism/recordings.h"
 
 #include <filesystem>
-#include <string>
 #include <vector>
 
 namespace kst::bench {
 
-struct ApronScene {
-    std::string name; ///< file, the second of the file at which it begins, airport
-    Airport airport;
-    std::vector<standin::TrafficReport> reports; ///< in order of time, the first at 0
-    int qnh = 1013;                              ///< that fits the pressure altitudes at the airport
-};
-
 /// The scenes with movement on the ground of every *.csv of `tracks` at each airport for which `stands` holds
 /// an <ICAO>.csv. `dataFolder` holds the lists of airports and types. Throws std::runtime_error for a folder
 /// that holds nothing.
-std::vector<ApronScene> readApronScenes(const std::filesystem::path& tracks,
-                                        const std::filesystem::path& stands,
-                                        const std::filesystem::path& dataFolder);
+std::vector<Recording> readScenes(const std::filesystem::path& tracks, const std::filesystem::path& stands,
+                                  const std::filesystem::path& dataFolder);
 
 /// The scenes of each airport on top of each other, one beginning every so many seconds: a crowded apron, on
 /// which aircraft of different days are in each other's way.
-std::vector<ApronScene> scenesTogether(const std::vector<ApronScene>& scenes, double everyS);
+std::vector<Recording> scenesTogether(const std::vector<Recording>& scenes, double everyS);
 
 } // namespace kst::bench

@@ -1,16 +1,20 @@
 #include "bench/realism/causes.h"
 
+#include "core/geodesy.h"
+
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
 #include <functional>
+#include <iterator>
+#include <set>
 #include <vector>
 
 namespace kst::bench {
 
 namespace {
 
-constexpr double sameStepS = 5.0; ///< steps this near to each other are one
+constexpr double sameEventS = 5.0; ///< steps or turns this near to each other are one
 constexpr double askedOffS = 3.0;
 constexpr double sameOffS = 2.0; ///< the ideal aircraft is as far off as the flown one to within this
 constexpr double beyondSlackS = 1.0;
@@ -31,12 +35,8 @@ constexpr double longestTurnShare = 1.01;
 
 constexpr std::size_t mostNamed = 12;
 
-double bearing(LatLon a, LatLon b) {
-    return std::atan2(std::remainder(b.lon - a.lon, 360.0) * std::cos(a.lat * radPerDeg), b.lat - a.lat);
-}
-
 /// Whether the line turns back on itself from so many seconds behind this time to so many ahead of it.
-bool turnsBack(const std::vector<tool::TrackPoint>& line, double time, double ahead, double behind) {
+bool turnsBack(const Line& line, double time, double ahead, double behind) {
     double way = 0.0;
     bool moved = false;
     auto b = std::ranges::lower_bound(line, time - behind, {}, &tool::TrackPoint::time);
@@ -45,7 +45,7 @@ bool turnsBack(const std::vector<tool::TrackPoint>& line, double time, double ah
         if (tool::metresBetween((b - 1)->position, b->position) < samePlaceM) {
             continue;
         }
-        const double next = bearing((b - 1)->position, b->position);
+        const double next = gf_bearing((b - 1)->position, b->position);
         if (moved && std::abs(std::remainder(next - way, 2.0 * pi)) * degPerRad > turnBackDeg) {
             return true;
         }
@@ -82,8 +82,7 @@ std::string_view causeOfTurn(const Sample& sample) {
                                            : "other";
 }
 
-std::string_view causeOfBeyond(const Sample& sample, const std::vector<tool::TrackPoint>& line,
-                               bool timedToo) {
+std::string_view causeOfBeyond(const Sample& sample, const Line& line, bool idealToo) {
     if (turnsBack(line, sample.at - tool::playDelaySeconds, turnBackWindowS, turnBackWindowS)) {
         return "the line turns back on itself";
     }
@@ -99,18 +98,19 @@ std::string_view causeOfBeyond(const Sample& sample, const std::vector<tool::Tra
     if (sample.leg == LegKind::Curve) {
         return "corner's curve";
     }
-    return timedToo ? "other, the ideal aircraft as well" : "other";
+    return idealToo ? "other, the ideal aircraft as well" : "other";
 }
 
-/// The largest step within some seconds of one moment.
-double stepRound(const PlayedFlight& played, const std::vector<Sample>& samples, std::size_t i) {
+/// The largest value within some seconds of one moment.
+double largestRound(const PlayedAircraft& played, const std::vector<Sample>& samples, std::size_t i,
+                    double (*valueOf)(const PlayedAircraft&, const Sample&, const Sample&)) {
     double worst = 0.0;
     const double at = samples[i].at;
-    while (i > 1 && samples[i - 1].at > at - sameStepS) {
+    while (i > 1 && samples[i - 1].at > at - sameEventS) {
         --i;
     }
-    for (; i < samples.size() && samples[i].at < at + sameStepS; ++i) {
-        worst = std::max(worst, stepRatio(played, samples[i - 1], samples[i]));
+    for (; i < samples.size() && samples[i].at < at + sameEventS; ++i) {
+        worst = std::max(worst, valueOf(played, samples[i - 1], samples[i]));
     }
     return worst;
 }
@@ -130,49 +130,34 @@ std::string namesOf(const std::map<std::string, double>& flights) {
 
 } // namespace
 
-void Causes::add(const RecordedFlight& flight, const PlayedFlight& played, const Figures& own) {
-    addSteps(flight, played);
-    addTurns(flight, played);
+void Causes::add(const std::string& flight, const PlayedAircraft& played, const Figures& own) {
+    addEvents(steps_, flight, played, longestStep, stepRatio, causeOfStep);
+    addEvents(turns_, flight, played, longestTurnShare, groundTurnShare, causeOfTurn);
     addReversals(flight, played, own);
     addTimes(flight, played);
 }
 
-void Causes::addSteps(const RecordedFlight& flight, const PlayedFlight& played) {
-    double last = -2.0 * sameStepS;
+void Causes::addEvents(ByCause& causes, const std::string& flight, const PlayedAircraft& played, double limit,
+                       Judge valueOf, std::string_view (*causeOf)(const Sample&)) {
+    double last = -2.0 * sameEventS;
+    Cause* cause = nullptr;
     for (std::size_t i = 1; i < played.flown.size(); ++i) {
         const Sample& now = played.flown[i];
-        if (stepRatio(played, played.flown[i - 1], now) <= longestStep) {
+        const double value = valueOf(played, played.flown[i - 1], now);
+        if (value <= limit) {
             continue;
         }
-        const bool anew = now.at - last > sameStepS;
-        last = now.at;
-        if (anew) {
-            Cause& cause = steps_[causeOfStep(now)];
-            cause.amount += 1.0;
-            cause.timedToo += stepRound(played, played.timed, i) > longestStep ? 1.0 : 0.0;
-            double& own = cause.flights[flight.name];
-            own = std::max(own, stepRound(played, played.flown, i));
+        if (now.at - last > sameEventS) {
+            cause = &causes[causeOf(now)];
+            cause->amount += 1.0;
+            cause->idealToo += largestRound(played, played.ideal, i, valueOf) > limit ? 1.0 : 0.0;
         }
+        last = now.at;
+        cause->note(flight, value);
     }
 }
 
-void Causes::addTurns(const RecordedFlight& flight, const PlayedFlight& played) {
-    double last = -2.0 * sameStepS;
-    for (std::size_t i = 1; i < played.flown.size(); ++i) {
-        const Sample& now = played.flown[i];
-        const double share = groundTurnShare(played, played.flown[i - 1], now);
-        if (share <= longestTurnShare) {
-            continue;
-        }
-        Cause& cause = turns_[causeOfTurn(now)];
-        cause.amount += now.at - last > sameStepS ? 1.0 : 0.0;
-        double& own = cause.flights[flight.name];
-        own = std::max(own, share);
-        last = now.at;
-    }
-}
-
-void Causes::addReversals(const RecordedFlight& flight, const PlayedFlight& played, const Figures& own) {
+void Causes::addReversals(const std::string& flight, const PlayedAircraft& played, const Figures& own) {
     for (const std::size_t i : own.reversals) {
         const Sample& now = played.flown[i];
         const double lineTime = now.at - tool::playDelaySeconds;
@@ -184,15 +169,15 @@ void Causes::addReversals(const RecordedFlight& flight, const PlayedFlight& play
         }
         Cause& cause = reversals_[name];
         cause.amount += 1.0;
-        cause.flights[flight.name] += 1.0;
+        cause.flights[flight] += 1.0;
     }
 }
 
-void Causes::addTimes(const RecordedFlight& flight, const PlayedFlight& played) {
-    std::map<double, double> timedLag;
-    for (const JudgedPlace& judged : judgedPlaces(played, played.timed)) {
+void Causes::addTimes(const std::string& flight, const PlayedAircraft& played) {
+    std::map<double, double> idealLag;
+    for (const JudgedPlace& judged : judgedPlaces(played, played.ideal)) {
         if (judged.timed()) {
-            timedLag[judged.sample->at] = judged.place.lagS;
+            idealLag[judged.sample->at] = judged.place.lagS;
         }
     }
     for (const JudgedPlace& judged : judgedPlaces(played, played.flown)) {
@@ -201,33 +186,37 @@ void Causes::addTimes(const RecordedFlight& flight, const PlayedFlight& played) 
         }
         const Sample& sample = *judged.sample;
         const double lagS = judged.place.lagS;
-        const auto timed = timedLag.find(sample.at);
-        const double timedToo =
-            timed != timedLag.end() && std::abs(timed->second - lagS) < sameOffS ? judgedS : 0.0;
+        const auto timed = idealLag.find(sample.at);
+        const double idealToo =
+            timed != idealLag.end() && std::abs(timed->second - lagS) < sameOffS ? judgedS : 0.0;
         Off& off = off_[static_cast<std::size_t>(sample.stage)];
         off.judged += judgedS;
         if (std::abs(lagS) > askedOffS) {
             off.off += judgedS;
-            off.timedToo += timedToo;
+            off.idealToo += idealToo;
         }
         const double over = beyondDriftLimit(judged);
         if (over > beyondSlackS && judged.onLine()) {
-            Cause& cause = beyond_[causeOfBeyond(sample, played.line, timedToo > 0.0)];
+            Cause& cause = beyond_[causeOfBeyond(sample, played.line, idealToo > 0.0)];
             cause.amount += judgedS;
-            cause.timedToo += timedToo;
-            double& own = cause.flights[flight.name];
-            own = std::max(own, over);
+            cause.idealToo += idealToo;
+            cause.note(flight, over);
         }
     }
 }
 
+void Causes::Cause::note(const std::string& flight, double value) {
+    double& own = flights[flight];
+    own = std::max(own, value);
+}
+
 std::string Causes::text() const {
-    std::string out = "causes; in brackets how much of it the ideal aircraft (timed) has as well\n"
+    std::string out = "causes; in brackets how much of it the ideal aircraft has as well\n"
                       "off the 30 s by more than 3 s\n";
     for (std::size_t i = 0; i < stageCount; ++i) {
         if (const Off& off = off_[i]; off.judged > 0.0) {
             out += fmt::format("  {:9} {:7.0f} s of {:7.0f} s ({:.0f} %)\n", stageNames[i], off.off,
-                               off.judged, off.off > 0.0 ? 100.0 * off.timedToo / off.off : 0.0);
+                               off.judged, off.off > 0.0 ? 100.0 * off.idealToo / off.off : 0.0);
         }
     }
     const std::pair<std::string, const ByCause*> all[] = {
@@ -238,11 +227,18 @@ std::string Causes::text() const {
         {"turns on the ground faster than three base rates, with the largest share of each flight", &turns_},
         {"reversals, with the number of each flight", &reversals_}};
     for (const auto& [title, causes] : all) {
-        out += title + "\n";
+        double amount = 0.0;
+        std::set<std::string> flights;
+        for (const auto& [name, cause] : *causes) {
+            amount += cause.amount;
+            std::ranges::transform(cause.flights, std::inserter(flights, flights.end()),
+                                   [](const auto& flight) { return flight.first; });
+        }
+        out += fmt::format("{}: {:.0f} in {} flights\n", title, amount, flights.size());
         for (const auto& [name, cause] : *causes) {
             const bool timed = causes == &steps_ || causes == &beyond_;
             out += fmt::format("  {:65} {:6.0f}{} in {} flights\n", name, cause.amount,
-                               timed ? fmt::format(" ({:.0f})", cause.timedToo) : "", cause.flights.size());
+                               timed ? fmt::format(" ({:.0f})", cause.idealToo) : "", cause.flights.size());
             out += namesOf(cause.flights);
         }
     }

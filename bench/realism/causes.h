@@ -14,15 +14,17 @@ namespace kst::bench {
 class Causes {
 public:
     /// `own` holds the figures of this flight alone.
-    void add(const RecordedFlight& flight, const PlayedFlight& played, const Figures& own);
+    void add(const std::string& flight, const PlayedAircraft& played, const Figures& own);
     std::string text() const;
 
 private:
     /// One cause of one kind of fault, over all flights.
     struct Cause {
         double amount = 0.0; ///< seconds or events
-        double timedToo = 0.0;
+        double idealToo = 0.0;
         std::map<std::string, double> flights; ///< with the worst of each
+
+        void note(const std::string& flight, double value);
     };
     using ByCause = std::map<std::string_view, Cause>;
 
@@ -30,14 +32,15 @@ private:
     struct Off {
         double judged = 0.0;
         double off = 0.0;
-        double timedToo = 0.0;
+        double idealToo = 0.0;
     };
 
-    void addSteps(const RecordedFlight& flight, const PlayedFlight& played);
-    void addTimes(const RecordedFlight& flight, const PlayedFlight& played);
-
-    void addTurns(const RecordedFlight& flight, const PlayedFlight& played);
-    void addReversals(const RecordedFlight& flight, const PlayedFlight& played, const Figures& own);
+    using Judge = double (*)(const PlayedAircraft&, const Sample&, const Sample&);
+    /// `valueOf` judges two frames, `causeOf` the first of an event beyond the limit.
+    static void addEvents(ByCause& causes, const std::string& flight, const PlayedAircraft& played,
+                          double limit, Judge valueOf, std::string_view (*causeOf)(const Sample&));
+    void addTimes(const std::string& flight, const PlayedAircraft& played);
+    void addReversals(const std::string& flight, const PlayedAircraft& played, const Figures& own);
 
     ByCause steps_;
     ByCause turns_;

@@ -1,8 +1,9 @@
 #include "bench/realism/figures.h"
 
-#include "bench/realism/linematch.h"
+#include "core/geodesy.h"
 #include "engine/categories.h"
 #include "engine/flare.h"
+#include "tools/measureflights/linematch.h"
 
 #include <algorithm>
 #include <cmath>
@@ -20,7 +21,6 @@ constexpr double slowestForTimeKt = 5.0;
 constexpr double backOnLineM = 10.0;
 constexpr double nearLineM = 100.0; ///< farther off, the place abeam says nothing of the time
 constexpr double slowestForStepKt = 20.0;
-/// What is told after a longer silence is not held against the flight, nor what it does for a while after.
 constexpr double longestGapS = 35.0;
 constexpr double recoveryS = 40.0;
 
@@ -39,8 +39,7 @@ constexpr double axisTimeS = 60.0;
 constexpr double axisTurnDeg = 10.0;
 constexpr std::size_t fewestForAxis = 4;
 
-constexpr double fastestGroundTurn = 3.0; ///< in base rates of turn
-constexpr double pitchSpread = 1.05;      ///< a record's own pitches lie so far from those of its class
+constexpr double pitchSpread = 1.05; ///< a record's own pitches lie so far from those of its class
 /// The lowest nose at rest, and of the climb law.
 constexpr double lowestNoseDeg = 2.5;
 
@@ -48,8 +47,9 @@ double angleOff(double a, double b) {
     return std::abs(std::remainder(b - a, 2.0 * pi)) * degPerRad;
 }
 
-double bearing(LatLon a, LatLon b) {
-    return std::atan2((b.lon - a.lon) * std::cos(a.lat * radPerDeg), b.lat - a.lat);
+/// Whether two samples are neighbours of one object.
+bool linked(const Sample& a, const Sample& b) {
+    return a.objectId == b.objectId && b.at > a.at && b.at - a.at <= longestFrameS;
 }
 
 /// Degrees per second that the size class's table allows at this stage.
@@ -80,7 +80,7 @@ double bankLimit(Category category, Stage stage) {
 
 class Adder {
 public:
-    Adder(Figures& figures, const RecordedFlight& flight, const PlayedFlight& played,
+    Adder(Figures& figures, const std::string& flight, const PlayedAircraft& played,
           const std::vector<Sample>& samples)
         : figures_(figures), flight_(flight), played_(played), samples_(samples) {}
 
@@ -103,28 +103,22 @@ private:
     }
 
     void frame(const Sample& a, const Sample& b) {
-        const double dt = b.at - a.at;
-        if (a.objectId != b.objectId || dt <= 0.0 || dt > longestFrameS) {
+        if (!linked(a, b)) {
             return;
         }
+        const double dt = b.at - a.at;
         StageFigures& here = stage(b);
         here.seconds += dt;
-        const std::string& name = flight_.name;
-        here.step.note(stepRatio(played_, a, b), name, b.at);
-        const double turn = angleOff(a.heading, b.heading) / dt;
-        const double pitch = angleOff(a.pitch, b.pitch) / dt;
-        const double bank = angleOff(a.bank, b.bank) / dt;
-        here.turn.note(turn, name, b.at);
-        here.pitch.note(pitch, name, b.at);
-        here.bank.note(bank, name, b.at);
-        if (b.onGround) {
-            here.turnShare.note(groundTurnShare(played_, a, b), name, b.at);
-        }
-        here.pitchShare.note(pitch / pitchLimit(played_.category, b.stage), name, b.at);
-        here.bankShare.note(bank / bankLimit(played_.category, b.stage), name, b.at);
+        here.step.note(stepRatio(played_, a, b), flight_, b.at);
+        here.turn.note(angleOff(a.heading, b.heading) / dt, flight_, b.at);
+        here.turnShare.note(groundTurnShare(played_, a, b), flight_, b.at);
+        here.pitchShare.note(angleOff(a.pitch, b.pitch) / dt / pitchLimit(played_.category, b.stage), flight_,
+                             b.at);
+        here.bankShare.note(angleOff(a.bank, b.bank) / dt / bankLimit(played_.category, b.stage), flight_,
+                            b.at);
         if (b.wheelsFt < -belowGroundFt) {
             here.belowSeconds += dt;
-            here.below.note(-b.wheelsFt, name, b.at);
+            here.below.note(-b.wheelsFt, flight_, b.at);
         }
     }
 
@@ -133,36 +127,24 @@ private:
         const tool::OnLine& found = judged.place;
         StageFigures& here = stage(sample);
         here.fromLineM.push_back(found.distanceM);
-        here.fromLine.note(found.distanceM, flight_.name, sample.at);
+        here.fromLine.note(found.distanceM, flight_, sample.at);
         if (judged.timed()) {
             here.timeOffS.push_back(std::abs(found.lagS));
         }
         if (judged.onLine()) {
-            here.lag.note(found.lagS, flight_.name, sample.at);
-            here.lead.note(-found.lagS, flight_.name, sample.at);
-            here.overDrift.note(beyondDriftLimit(judged), flight_.name, sample.at);
-        }
-        if (!found.onGround && !sample.onGround) {
-            here.altitudeOffFt.push_back(std::abs(sample.altFt - found.altFt));
+            here.lag.note(found.lagS, flight_, sample.at);
+            here.lead.note(-found.lagS, flight_, sample.at);
+            here.overDrift.note(beyondDriftLimit(judged), flight_, sample.at);
         }
     }
 
-    /// The way of this second against the way of the last one.
     void direction(std::size_t i) {
         const Sample& from = samples_[i - samplesPerSecond];
         const Sample& to = samples_[i];
-        if (from.objectId != to.objectId || tool::metresBetween(from.position, to.position) < reversalM) {
-            moved_ = false;
-            return;
-        }
-        const double way = bearing(from.position, to.position);
-        if (moved_ && angleOff(lastWay_, way) > reversalDeg) {
-            ++stage(to).reversals;
+        if (way_.turnsBack(from.position, to.position, from.objectId == to.objectId)) {
+            stage(to).noteReversal(flight_, to.at);
             figures_.reversals.push_back(i);
-            stage(to).lastReversal = fmt::format("{} {:.0f} s", flight_.name, to.at);
         }
-        moved_ = true;
-        lastWay_ = way;
     }
 
     void contact(std::size_t i) {
@@ -183,7 +165,7 @@ private:
         }
         const Sample& start = samples_[i - 1 - back];
         Touchdown touchdown;
-        touchdown.flight = flight_.name;
+        touchdown.flight = flight_;
         touchdown.at = now.at;
         touchdown.verticalFpm = (before.altFt - start.altFt) / (before.at - start.at) * 60.0;
         touchdown.fromAxisM = fromAxis(now);
@@ -210,10 +192,10 @@ private:
             const double metres = tool::metresBetween(point.position, down.position);
             if (from == nullptr || std::abs(point.time - expected) > axisTimeS || metres > axisRangeM ||
                 from->position == point.position ||
-                angleOff(bearing(from->position, point.position), down.heading) > axisTurnDeg) {
+                angleOff(gf_bearing(from->position, point.position), down.heading) > axisTurnDeg) {
                 continue;
             }
-            const double off = metres > 0.0 ? bearing(down.position, point.position) - down.heading : 0.0;
+            const double off = metres > 0.0 ? gf_bearing(down.position, point.position) - down.heading : 0.0;
             const double x = metres * std::cos(off);
             const double y = metres * std::sin(off);
             count += 1.0;
@@ -231,24 +213,21 @@ private:
     }
 
     Figures& figures_;
-    const RecordedFlight& flight_;
-    const PlayedFlight& played_;
+    const std::string& flight_;
+    const PlayedAircraft& played_;
     const std::vector<Sample>& samples_;
     double flyingSince_ = 0.0;
-    double lastWay_ = 0.0;
-    bool moved_ = false;
+    WayWatch way_;
 };
 
-std::string rowOf(std::string_view name, StageFigures& figures) {
+std::string rowOf(std::string_view name, const StageFigures& figures) {
     const tool::Spread line = tool::spreadOf(figures.fromLineM);
     const tool::Spread time = tool::spreadOf(figures.timeOffS);
-    const tool::Spread altitude = tool::spreadOf(figures.altitudeOffFt);
-    return fmt::format("{:16} {:7.0f} | {:6.1f} {:7.1f} {:7.0f} | {:5.2f} {:5.1f} {:5.1f} {:5.1f} | {:5.0f} "
-                       "{:5.0f} {:6.0f} | {:5.2f} | {:7.1f} {:6.2f} {:7.2f} | {:6.1f} {:3}\n",
-                       name, figures.seconds, line.median, line.p95, line.max, time.median, time.p95,
-                       figures.lead.value, figures.lag.value, altitude.median, altitude.p95, altitude.max,
-                       figures.step.value, figures.turn.value, figures.pitch.value, figures.bank.value,
-                       figures.belowSeconds, figures.reversals);
+    return fmt::format(
+        "{:16} {:7.0f} | {:6.1f} {:7.1f} {:7.0f} | {:5.2f} {:5.1f} {:5.1f} {:5.1f} | {:5.2f} | "
+        "{:6.1f} | {:4}\n",
+        name, figures.seconds, line.median, line.p95, line.max, time.median, time.p95, figures.lead.value,
+        figures.lag.value, figures.step.value, figures.belowSeconds, figures.reversals);
 }
 
 std::string touchdownsOf(const Figures& figures) {
@@ -267,8 +246,22 @@ std::string touchdownsOf(const Figures& figures) {
     return fmt::format(
         "{} touchdowns, ft/min: {:.0f} to {:.0f}, median {:.0f}, {} outside {:.0f} to {:.0f}; from the "
         "runway's axis: median {:.1f} m, 95 % {:.1f} m, largest {:.1f} m\n",
-        figures.touchdowns.size(), rates.empty() ? 0.0 : -rates.front(), -rate.max, -rate.median, outside,
-        touchdownGentlestFpm, touchdownHardestFpm, off.median, off.p95, off.max);
+        figures.touchdowns.size(), -rate.min, -rate.max, -rate.median, outside, touchdownGentlestFpm,
+        touchdownHardestFpm, off.median, off.p95, off.max);
+}
+
+} // namespace
+
+void Worst::note(double candidate, const std::string& flight, double at) {
+    if (candidate > value) {
+        value = candidate;
+        where = fmt::format("{}, {:.0f} s", flight, at);
+    }
+}
+
+void StageFigures::noteReversal(const std::string& flight, double at) {
+    ++reversals;
+    lastReversal = fmt::format("{}, {:.0f} s", flight, at);
 }
 
 std::string worstOf(std::string_view stageName, const StageFigures& figures) {
@@ -297,22 +290,35 @@ std::string worstOf(std::string_view stageName, const StageFigures& figures) {
     return out;
 }
 
-} // namespace
-
-void Worst::note(double candidate, const std::string& flight, double at) {
-    if (candidate > value) {
-        value = candidate;
-        where = fmt::format("{}, {:.0f} s", flight, at);
-    }
-}
-
 bool Touchdown::gentle() const {
     return verticalFpm <= touchdownGentlestFpm && verticalFpm >= touchdownHardestFpm;
 }
 
-void Figures::add(const RecordedFlight& flight, const PlayedFlight& played,
+void Figures::add(const std::string& flight, const PlayedAircraft& played,
                   const std::vector<Sample>& samples) {
     Adder(*this, flight, played, samples).add();
+}
+
+bool WayWatch::turnsBack(LatLon from, LatLon to, bool linked) {
+    const bool moves = linked && tool::metresBetween(from, to) >= reversalM;
+    const double way = moves ? gf_bearing(from, to) : 0.0;
+    const bool back = moves && moved_ && angleOff(lastWay_, way) > reversalDeg;
+    moved_ = moves;
+    lastWay_ = way;
+    return back;
+}
+
+Silences::Silences(const Line& line) {
+    for (std::size_t i = 1; i < line.size(); ++i) {
+        if (line[i].time - line[i - 1].time > longestGapS) {
+            times_.emplace_back(line[i - 1].time, line[i].time + recoveryS);
+        }
+    }
+}
+
+bool Silences::at(double lineTime) const {
+    return std::ranges::any_of(
+        times_, [&](const auto& silence) { return lineTime > silence.first && lineTime < silence.second; });
 }
 
 bool JudgedPlace::timed() const {
@@ -324,29 +330,21 @@ bool JudgedPlace::onLine() const {
     return timed() && sample->leg != LegKind::Resumed;
 }
 
-std::vector<JudgedPlace> judgedPlaces(const PlayedFlight& played, const std::vector<Sample>& samples) {
-    std::vector<std::pair<double, double>> gaps;
-    for (std::size_t i = 1; i < played.line.size(); ++i) {
-        if (played.line[i].time - played.line[i - 1].time > longestGapS) {
-            gaps.emplace_back(played.line[i - 1].time, played.line[i].time + recoveryS);
-        }
-    }
+std::vector<JudgedPlace> judgedPlaces(const PlayedAircraft& played, const std::vector<Sample>& samples) {
+    const Silences silences(played.line);
     std::vector<JudgedPlace> judged;
-    std::vector<ShownPlace> shown;
+    std::vector<tool::ShownPlace> shown;
     std::uint32_t objectId = 0;
     for (std::size_t i = judgedEvery; i < samples.size(); i += judgedEvery) {
         const Sample& sample = samples[i];
-        const double lineTime = sample.at - tool::playDelaySeconds;
-        const bool inGap = std::ranges::any_of(
-            gaps, [&](const auto& gap) { return lineTime > gap.first && lineTime < gap.second; });
-        if (sample.coasting || inGap) {
+        if (sample.coasting || silences.at(sample.at - tool::playDelaySeconds)) {
             continue;
         }
         judged.push_back({&sample, {}});
         shown.push_back({sample.at, sample.position, sample.objectId != objectId});
         objectId = sample.objectId;
     }
-    const auto found = placesOnLine(played.line, shown);
+    const auto found = tool::placesOnLine(played.line, shown);
     for (std::size_t i = 0; i < judged.size(); ++i) {
         judged[i].place = found[i].value_or(tool::OnLine());
     }
@@ -359,21 +357,15 @@ double beyondDriftLimit(const JudgedPlace& judged) {
     return std::max(lagS - judged.sample->lagLimitS, -lagS - judged.sample->leadLimitS);
 }
 
-double groundTurnShare(const PlayedFlight& played, const Sample& a, const Sample& b) {
-    if (a.objectId != b.objectId || !b.onGround || b.at - a.at <= 0.0 || b.at - a.at > longestFrameS) {
-        return 0.0;
-    }
-    const double fastest =
-        categoryRates(played.category).baseTurnRateDeg * ticksPerSecond * fastestGroundTurn;
-    return angleOff(a.heading, b.heading) / (b.at - a.at) / fastest;
+double groundTurnShare(const PlayedAircraft& played, const Sample& a, const Sample& b) {
+    const bool judged = linked(a, b) && b.onGround;
+    return judged ? angleOff(a.heading, b.heading) / (b.at - a.at) / fastestGroundTurn(played.category) : 0.0;
 }
 
-double stepRatio(const PlayedFlight& played, const Sample& a, const Sample& b) {
-    const double dt = b.at - a.at;
+double stepRatio(const PlayedAircraft& played, const Sample& a, const Sample& b) {
     const double metres = tool::metresBetween(a.position, b.position);
-    const double metresPerKt = metresPerNm / tool::secondsPerHour * dt;
-    if (a.objectId != b.objectId || dt <= 0.0 || dt > longestFrameS ||
-        metres <= slowestForStepKt * metresPerKt) {
+    const double metresPerKt = metresPerNm / tool::secondsPerHour * (b.at - a.at);
+    if (!linked(a, b) || metres <= slowestForStepKt * metresPerKt) {
         return 0.0;
     }
     const double toldKt = tool::highestSpeedKt(played.line, b.at - tool::playDelaySeconds);
@@ -384,8 +376,7 @@ double badness(const Figures& figures) {
     constexpr double fault = 100.0;
     double bad = 0.0;
     for (const StageFigures& stage : figures.stages) {
-        std::vector<double> fromLine = stage.fromLineM;
-        bad = std::max(bad, tool::spreadOf(fromLine).p95);
+        bad = std::max(bad, tool::spreadOf(stage.fromLineM).p95);
         bad += stage.step.value > longestStep ? fault : 0.0;
         bad += stage.belowSeconds > 0.0 ? fault : 0.0;
         bad += stage.reversals * fault;
@@ -396,22 +387,18 @@ double badness(const Figures& figures) {
     return bad;
 }
 
-std::string tableOf(Figures& flown, Figures& timed, Figures& naive) {
-    std::string out = "                         |   from the line, m    |   off the 30 s, s       |  "
-                      "altitude off, ft  |step "
-                      "|   turn  pitch    bank |  below rev\n"
-                      "stage            seconds | median     95%     max |  med   95%  lead   lag |   med   "
-                      "95%    max |times "
-                      "|   largest, degrees/s  |      s\n";
+std::string tableOf(const Figures& flown, const Figures& ideal) {
+    std::string out =
+        "                         |   from the line, m    |   off the 30 s, s       | step  |  below | "
+        "turns\n"
+        "stage            seconds | median     95%     max |  med   95%  lead   lag | times |      s | "
+        " back\n";
     for (std::size_t i = 0; i < stageCount; ++i) {
         if (flown.stages[i].seconds > 0.0) {
-            out += rowOf(stageNames[i], flown.stages[i]);
-            out += rowOf("  timed", timed.stages[i]);
-            out += rowOf("  naive", naive.stages[i]);
+            out += rowOf(stageNames[i], flown.stages[i]) + rowOf("  ideal", ideal.stages[i]);
         }
     }
-    out +=
-        "\nflown: " + touchdownsOf(flown) + "naive: " + touchdownsOf(naive) + "\nworst of what was flown\n";
+    out += "\n" + touchdownsOf(flown) + "\nworst of what was flown\n";
     for (std::size_t i = 0; i < stageCount; ++i) {
         out += worstOf(stageNames[i], flown.stages[i]);
     }

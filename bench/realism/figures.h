@@ -6,7 +6,9 @@
 #include "tools/measureflights/line.h"
 
 #include <array>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kst::bench {
@@ -23,15 +25,12 @@ struct StageFigures {
     double seconds = 0.0;
     std::vector<double> fromLineM;
     std::vector<double> timeOffS;
-    std::vector<double> altitudeOffFt;
     Worst lead; ///< seconds
     Worst lag;
     Worst overDrift; ///< beyond the drift limit of the moment, seconds
     Worst fromLine;
-    Worst step; ///< against what the speed explains
-    Worst turn; ///< degrees per second, as are the next two
-    Worst pitch;
-    Worst bank;
+    Worst step;      ///< against what the speed explains
+    Worst turn;      ///< degrees per second
     Worst turnShare; ///< of the size class's limit, as are the next two
     Worst pitchShare;
     Worst bankShare;
@@ -39,7 +38,12 @@ struct StageFigures {
     double belowSeconds = 0.0;
     int reversals = 0;
     std::string lastReversal;
+
+    void noteReversal(const std::string& flight, double at);
 };
+
+/// A line for each of the largest values of a stage.
+std::string worstOf(std::string_view stageName, const StageFigures& figures);
 
 struct Touchdown {
     std::string flight;
@@ -57,7 +61,31 @@ struct Figures {
     int liftOffs = 0;
     std::vector<std::size_t> reversals; ///< samples at which one flight turned back
 
-    void add(const RecordedFlight& flight, const PlayedFlight& played, const std::vector<Sample>& samples);
+    void add(const std::string& flight, const PlayedAircraft& played, const std::vector<Sample>& samples);
+};
+
+/// Tells where successive ways turn back on themselves.
+class WayWatch {
+public:
+    /// The way of this second; true when it turns back on that of the last one. `linked`: nothing interrupts
+    /// it.
+    bool turnsBack(LatLon from, LatLon to, bool linked);
+
+private:
+    double lastWay_ = 0.0;
+    bool moved_ = false;
+};
+
+/// Long silences of the feed: what is told after one is not held against the flight, nor what it does for a
+/// while after.
+class Silences {
+public:
+    explicit Silences(const Line& line);
+    /// Whether it is silent there, or was shortly before.
+    bool at(double lineTime) const;
+
+private:
+    std::vector<std::pair<double, double>> times_;
 };
 
 /// Where on the recorded line the flight was at one moment.
@@ -71,26 +99,26 @@ struct JudgedPlace {
 };
 
 /// Each half second of `samples` for which the recording tells where the flight should be.
-std::vector<JudgedPlace> judgedPlaces(const PlayedFlight& played, const std::vector<Sample>& samples);
+std::vector<JudgedPlace> judgedPlaces(const PlayedAircraft& played, const std::vector<Sample>& samples);
 
 /// Seconds beyond the drift limit of the moment; below 0 within it.
 double beyondDriftLimit(const JudgedPlace& judged);
 
 /// Turn of the nose on the ground between two frames, in shares of the fastest of the size class.
-double groundTurnShare(const PlayedFlight& played, const Sample& a, const Sample& b);
+double groundTurnShare(const PlayedAircraft& played, const Sample& a, const Sample& b);
 
 /// What of a step the speed does not explain any more.
 inline constexpr double longestStep = 1.5;
 
 /// The step between two frames against what the speed explains: the highest that is told or shown at that
 /// time. 0 where there is none to judge: between two objects, or next to no movement.
-double stepRatio(const PlayedFlight& played, const Sample& a, const Sample& b);
+double stepRatio(const PlayedAircraft& played, const Sample& a, const Sample& b);
 
 /// How badly a flight flies, to find the worst: its 95th percentile of the distance from the line, metres,
-/// and 100 for each step, rate or touchdown beyond its bounds.
+/// and 100 for each step or touchdown beyond its bounds, time in the ground or reversal.
 double badness(const Figures& figures);
 
-/// The table of one set of figures, beside those of the timing of legs alone and of the naive replay.
-std::string tableOf(Figures& flown, Figures& timed, Figures& naive);
+/// The table of one set of figures, beside those of the ideal aircraft.
+std::string tableOf(const Figures& flown, const Figures& ideal);
 
 } // namespace kst::bench

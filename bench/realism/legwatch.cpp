@@ -44,7 +44,7 @@ void LegWatch::pass(const LiveAc* ac, double seconds) {
         } else {
             takePoints(*ac);
         }
-        timed_.pass(presentTick(), ac->maxLeadTicks, ac->maxLagTicks);
+        ideal_.pass(presentTick(), ac->maxLeadTicks, ac->maxLagTicks);
     }
     noteLeg(*ac);
 }
@@ -54,8 +54,8 @@ void LegWatch::beginObject(const LiveAc& ac) {
     spawnedAt_ = now_;
     respawned_ = respawning_;
     respawning_ = false;
-    timed_ = TimedReplay();
-    timed_.start(ac.simState.position(), ac.track, presentTick());
+    ideal_ = IdealReplay();
+    ideal_.start(ac.simState.position(), ac.track, presentTick());
     for (const TrackPoint& point : ac.track) {
         fed_.insert(placeOf(point));
     }
@@ -68,7 +68,7 @@ void LegWatch::takePoints(const LiveAc& ac) {
     if (ac.reckonLeft > 0 || !(another || (last.stationary && last.dueTick > taken_.dueTick))) {
         return;
     }
-    timed_.take(last);
+    ideal_.take(last);
     fed_.insert(placeOf(last));
     if (ticksBetween(presentTick() + playDelayTicks, last.dueTick) > movedTicks) {
         moved_.insert(placeOf(last));
@@ -91,7 +91,6 @@ void LegWatch::noteLeg(const LiveAc& ac) {
     target_ = target;
     legLeftS_ = static_cast<float>(ticksBetween(presentTick(), target.dueTick)) / ticksPerSecond;
     turnDeg_ = static_cast<float>(ac.turnOnly ? ac.turnDeg : ac.curveTurnDeg);
-    points_ = static_cast<float>(ac.track.size());
 }
 
 LegKind LegWatch::kindOfLeg(const LiveAc& ac) const {
@@ -117,16 +116,15 @@ void LegWatch::describe(Sample& sample) const {
     sample.sinceSpawnS = static_cast<float>(now_ - spawnedAt_);
     sample.sinceCoastedS = static_cast<float>(now_ - coastedAt_);
     sample.legLeftS = legLeftS_;
-    sample.points = points_;
     sample.turnDeg = turnDeg_;
 }
 
-Sample LegWatch::timed(const Sample& flown) const {
-    Sample timed = flown;
-    timed.position = timed_.position();
-    timed.speedKt = timed_.speedKt();
-    timed.coasting = timed.coasting || timed_.waiting();
-    return timed;
+Sample LegWatch::ideal(const Sample& flown) const {
+    Sample ideal = flown;
+    ideal.position = ideal_.position();
+    ideal.speedKt = ideal_.speedKt();
+    ideal.coasting = ideal.coasting || ideal_.waiting();
+    return ideal;
 }
 
 } // namespace kst::bench

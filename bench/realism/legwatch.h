@@ -3,8 +3,8 @@
 // Watches the legs of one aircraft, pass by pass: how each was timed, what its time beyond the limits may
 // come from, and where the ideal aircraft is meanwhile.
 
+#include "bench/realism/idealreplay.h"
 #include "bench/realism/play.h"
-#include "bench/realism/timedreplay.h"
 
 #include <limits>
 #include <set>
@@ -19,7 +19,7 @@ public:
     /// What is known of the present leg.
     void describe(Sample& sample) const;
     /// The ideal aircraft at the moment of that sample.
-    Sample timed(const Sample& flown) const;
+    Sample ideal(const Sample& flown) const;
 
 private:
     using Place = std::pair<double, double>;
@@ -41,7 +41,7 @@ private:
     void noteLeg(const LiveAc& ac);
     LegKind kindOfLeg(const LiveAc& ac) const;
 
-    TimedReplay timed_;
+    IdealReplay ideal_;
     TrackPoint taken_;      ///< the last point that entered the track
     TrackPoint target_;     ///< of the present leg
     std::set<Place> fed_;   ///< where the points lie that entered the track
@@ -54,7 +54,6 @@ private:
     double spawnedAt_ = 0.0;
     double coastedAt_ = -std::numeric_limits<double>::infinity();
     float legLeftS_ = 0.0F;
-    float points_ = 0.0F;
     float turnDeg_ = 0.0F;
     bool invented_ = false; ///< the present leg leads to an invented point
     bool respawning_ = false;

@@ -1,30 +1,43 @@
 #include "bench/realism/play.h"
 
 #include "bench/realism/legwatch.h"
+#include "catalogue/reference.h"
 #include "core/geodesy.h"
 #include "core/parameters.h"
 #include "core/parkairport.h"
 #include "core/reasoncounts.h"
 #include "core/runstate.h"
-#include "engine/prediction.h"
+#include "engine/categories.h"
 #include "engine/tables.h"
 #include "feed/readers.h"
+#include "parking/stands.h"
 #include "scenario/scenarioworld.h"
+#include "tools/measureflights/line.h"
 
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <utility>
 
 namespace kst::bench {
 
 namespace {
 
 constexpr double userAltFt = 45000.0;
-constexpr double rangeNm = 100.0;
+constexpr double flightRangeNm = 100.0;
+constexpr double sceneRangeNm = 30.0;
 constexpr double fastestUserKt = 800.0;
-constexpr double afterwardsS = 130.0; ///< the delay and the time that an aircraft coasts
+constexpr double afterwardsS = 130.0; ///< the delay, and the time that an aircraft coasts or goes on to park
 constexpr double chunkS = 1.0;
+constexpr int passesPerFrame = 2;
+constexpr int passesPerSceneSample = 10;
 /// The simulator itself moves a new object until it is taken over; the step back to its place is not flown.
 constexpr double appearingS = 0.2;
+constexpr double fastestTurnInRates = 3.0;
+
+constexpr Reason firstRefusal = Reason::FellSilentInBuffer;
+constexpr auto refusalCount =
+    static_cast<std::size_t>(Reason::NeighbourStandTaken) - static_cast<std::size_t>(firstRefusal) + 1;
 
 Stage stageOf(const LiveAc& ac) {
     if (ac.phase == AcPhase::TakeOff || (ac.onGround && ac.departing)) {
@@ -39,58 +52,172 @@ Stage stageOf(const LiveAc& ac) {
     return ac.landing ? Stage::Approach : Stage::Air;
 }
 
-/// What the operator and the scenery would have set for this flight.
-class FlightWorld {
+/// One target, watched pass by pass.
+class AircraftWatch {
 public:
-    explicit FlightWorld(const RecordedFlight& flight)
-        : flight_(flight), world_({.user = flight.reports.front().position,
-                                   .userAltFt = userAltFt,
-                                   .rangeNm = rangeNm,
-                                   .keepHistory = false}) {
-        LIGHT_AIRCRAFT.set(true);
-        HELICOPTERS.set(true);
-        // The user follows the flight: nothing keeps clear of one who is not there.
-        COLLISION_USER_AIR.set(false);
-        HIGH_PERF_AIRCRAFT.set(true);
-        qnh = flight.qnh;
-        double lowestFt = 0.0;
-        for (const Airport& airport : flight.airports) {
-            world_.simulator().terrain().addAirport(airport.position.lat, airport.position.lon,
-                                                    airport.elevationFt);
-            lowestFt = std::min(lowestFt, airport.elevationFt);
+    AircraftWatch(std::uint32_t hexid, bool groundOnly) : groundOnly_(groundOnly) { played.hexid = hexid; }
+
+    /// After each pass; no aircraft where the program knows none. `sampled`: a sample is due.
+    void pass(const LiveAc* ac, test::ScenarioWorld& world, bool sampled) {
+        legs_.pass(ac, world.seconds());
+        buffered_ = ac != nullptr ? ac->state == AcState::Buffered : buffered_;
+        if (ac == nullptr) {
+            leaving_ = false;
+            return;
         }
-        // Away from its airports the recording does not tell how high the ground is.
-        world_.simulator().terrain().setHills(lowestFt, 0.0);
-        followAirport(flight.reports.front().position);
-        letUserFollow();
-        world_.feed(std::make_unique<test::DrawnTraffic>(flight.reports));
+        if (ac->state == AcState::Removing && !leaving_) {
+            played.leavings.push_back({world.seconds(), ac->reason, ac->phase});
+        }
+        leaving_ = ac->state == AcState::Removing;
+        played.category = ac->category;
+        played.lastReason = ac->reason;
+        if (ac->state != AcState::Live) {
+            onGround_ = false;
+            return;
+        }
+        played.shown = true;
+        watchTurn(*ac);
+        if (sampled && (ac->onGround || !groundOnly_)) {
+            sample(*ac, world);
+        }
     }
 
-    PlayedFlight play() {
-        began_ = world_.seconds();
-        const std::uint64_t silent = reasonTotal(Reason::FellSilentInBuffer);
-        PlayedFlight played;
-        const double end = flight_.reports.back().at + afterwardsS;
-        while (world_.seconds() - began_ < end && !world_.exit()) {
-            world_.play(chunkS, [&] { sample(played); });
-            if (!played.flown.empty()) {
-                followAirport(played.flown.back().position);
+    /// A target that the buffer refuses is gone in the same pass; only the count tells why.
+    void noteRefusal(Reason reason) {
+        if (buffered_ && liveByHexid(played.hexid) == nullptr) {
+            played.refused = reason;
+            buffered_ = false;
+        }
+    }
+
+    PlayedAircraft played;
+
+private:
+    void watchTurn(const LiveAc& ac) {
+        if (ac.onGround && onGround_) {
+            turn_ = std::max(turn_, std::abs(gf_angleDiff(heading_, ac.simState.heading)));
+        }
+        heading_ = ac.simState.heading;
+        onGround_ = ac.onGround;
+    }
+
+    void sample(const LiveAc& ac, test::ScenarioWorld& world) {
+        const standin::Aircraft* object = world.simulator().find(ac.objectId);
+        if (object == nullptr) {
+            return;
+        }
+        if (ac.objectId != objectId_) {
+            objectId_ = ac.objectId;
+            settled_ = world.seconds() + appearingS;
+        }
+        const double turnDegS = std::exchange(turn_, 0.0) * degPerRad * ticksPerSecond;
+        if (world.seconds() < settled_) {
+            return;
+        }
+        Sample now;
+        now.at = world.seconds();
+        now.position = {object->place.lat, object->place.lon};
+        now.altFt = object->place.altFt;
+        now.pitch = object->place.pitchRad;
+        now.bank = object->place.bankRad;
+        now.heading = object->place.headingRad;
+        now.wheelsFt =
+            standin::aboveGroundFt(*object, world.simulator().terrain()) - object->sizes.cgToGroundFt;
+        now.speedKt = object->airspeedKt;
+        now.objectId = ac.objectId;
+        now.stage = stageOf(ac);
+        now.onGround = world.simulator().onGround(*object);
+        now.coasting = ac.reckonLeft > 0;
+        now.reason = ac.reason;
+        now.phase = ac.phase;
+        now.sid = ac.sid;
+        now.turnShare = static_cast<float>(turnDegS / fastestGroundTurn(ac.category));
+        legs_.describe(now);
+        played.flown.push_back(now);
+        if (!groundOnly_) {
+            played.ideal.push_back(legs_.ideal(now));
+        }
+    }
+
+    bool groundOnly_;
+    LegWatch legs_;
+    std::uint32_t objectId_ = 0;
+    double settled_ = 0.0;
+    double heading_ = 0.0;
+    double turn_ = 0.0; ///< radians, the largest in one tick since the last sample
+    bool onGround_ = false;
+    bool leaving_ = false;
+    bool buffered_ = false;
+};
+
+/// What the operator and the scenery would have set for this recording.
+class RecordingWorld {
+public:
+    /// A scene with stands, a flight without.
+    RecordingWorld(const Recording& recording, const std::filesystem::path& stands)
+        : recording_(recording), scene_(!stands.empty()),
+          world_({.user = scene_ ? recording.airports.front().position : recording.reports.front().position,
+                  .userAltFt = userAltFt,
+                  .rangeNm = scene_ ? sceneRangeNm : flightRangeNm,
+                  .keepHistory = false}) {
+        LIGHT_AIRCRAFT.set(true);
+        HELICOPTERS.set(true);
+        HIGH_PERF_AIRCRAFT.set(true);
+        qnh = recording.qnh;
+        if (scene_) {
+            const Airport& airport = recording.airports.front();
+            world_.openAirport(airport.code, airport.position, airport.elevationFt);
+            world_.loadStands(airport.code, stands);
+        } else {
+            prepareFlight();
+        }
+        for (const standin::TrafficReport& report : recording.reports) {
+            watches_.try_emplace(report.hexid, report.hexid, scene_);
+        }
+        world_.feed(std::make_unique<test::DrawnTraffic>(recording.reports));
+    }
+
+    PlayedScene play() {
+        const double end = recording_.reports.back().at + afterwardsS;
+        while (world_.seconds() < end && !world_.exit()) {
+            world_.play(chunkS, [this] { look(); });
+            const std::vector<Sample>& flown = watches_.begin()->second.played.flown;
+            if (!scene_ && !flown.empty()) {
+                followAirport(flown.back().position);
             }
         }
         for (const standin::TrafficReport& report : world_.sent()) {
-            played.line.push_back({report.at, report.position, report.altFt, report.gsKt, report.onGround});
+            PlayedAircraft& aircraft = watches_.at(report.hexid).played;
+            aircraft.callsign = report.callsign.empty() ? report.registration : report.callsign;
+            aircraft.type = report.type;
+            aircraft.halfSpanM = gf_halfWingSpan(report.type) * metresPerNm;
+            aircraft.line.push_back({report.at, report.position, report.altFt, report.gsKt, report.onGround});
         }
-        if (!played.shown && played.lastReason == Reason::None &&
-            reasonTotal(Reason::FellSilentInBuffer) != silent) {
-            played.lastReason = Reason::FellSilentInBuffer;
+        PlayedScene played{{}, parkPositions(), world_.seconds()};
+        for (auto& [hexid, watch] : watches_) {
+            played.aircraft.push_back(std::move(watch.played));
         }
-        playNaively(played);
         return played;
     }
 
 private:
+    void prepareFlight() {
+        // The user follows the flight: nothing keeps clear of one who is not there.
+        COLLISION_USER_AIR.set(false);
+        double lowestFt = 0.0;
+        standin::Terrain& terrain = world_.simulator().terrain();
+        for (const Airport& airport : recording_.airports) {
+            terrain.addAirport(airport.position.lat, airport.position.lon, airport.elevationFt);
+            lowestFt = std::min(lowestFt, airport.elevationFt);
+        }
+        // Away from its airports the recording does not tell how high the ground is.
+        terrain.setHills(lowestFt, 0.0);
+        followAirport(recording_.reports.front().position);
+        letUserFollow();
+    }
+
     void followAirport(LatLon place) {
-        const Airport* airport = nearestAirport(flight_.airports, place);
+        const Airport* airport = nearestAirport(recording_.airports, place);
         const auto open = parkAirport();
         // The user follows high above: out of the airport's sight, were it not for this.
         AIRPORT_HEIGHT.set(AIRPORT_HEIGHT.maximum());
@@ -105,7 +232,7 @@ private:
     /// The user flies high above the flight, so that it stays within range of the simulator's reports.
     void letUserFollow() {
         std::vector<standin::UserPoint> way;
-        for (const standin::TrafficReport& report : flight_.reports) {
+        for (const standin::TrafficReport& report : recording_.reports) {
             const double at = report.at + tool::playDelaySeconds;
             const LatLon last = way.empty() ? report.position : LatLon{way.back().lat, way.back().lon};
             const double hours = way.empty() ? 1.0 : (at - way.back().atSeconds) / tool::secondsPerHour;
@@ -116,106 +243,50 @@ private:
         world_.simulator().userMotion().follow(std::move(way));
     }
 
-    void sample(PlayedFlight& played) {
-        legs_.pass(liveAcs.empty() ? nullptr : &liveAcs.front(), world_.seconds());
-        secondPass_ = !secondPass_;
-        if (secondPass_ || liveAcs.empty()) {
-            return;
-        }
-        const LiveAc& ac = liveAcs.front();
-        played.lastReason = ac.reason;
-        played.category = ac.category;
-        if (ac.state != AcState::Live) {
-            return;
-        }
-        const standin::Aircraft* object = world_.simulator().find(ac.objectId);
-        if (object == nullptr) {
-            return;
-        }
-        played.shown = true;
-        if (ac.objectId != objectId_) {
-            objectId_ = ac.objectId;
-            settled_ = world_.seconds() + appearingS;
-        }
-        if (world_.seconds() < settled_) {
-            return;
-        }
-        cgFt_ = object->sizes.cgToGroundFt;
-        Sample now;
-        now.at = world_.seconds();
-        now.position = {object->place.lat, object->place.lon};
-        now.altFt = object->place.altFt;
-        now.pitch = object->place.pitchRad;
-        now.bank = object->place.bankRad;
-        now.heading = object->place.headingRad;
-        now.wheelsFt = standin::aboveGroundFt(*object, world_.simulator().terrain()) - cgFt_;
-        now.speedKt = object->airspeedKt;
-        now.objectId = ac.objectId;
-        now.stage = stageOf(ac);
-        now.onGround = world_.simulator().onGround(*object);
-        now.coasting = ac.reckonLeft > 0;
-        now.reason = ac.reason;
-        legs_.describe(now);
-        played.flown.push_back(now);
-        played.timed.push_back(legs_.timed(now));
-    }
-
-    /// Straight lines between the points, on the ground on the wheels, the nose along the line.
-    void playNaively(PlayedFlight& played) {
-        if (played.line.empty()) {
-            return;
-        }
-        const standin::Terrain& terrain = world_.simulator().terrain();
-        std::vector<tool::TrackPoint> line = played.line;
-        for (tool::TrackPoint& point : line) {
-            if (point.onGround) {
-                point.altFt = terrain.heightFt(point.position.lat, point.position.lon) + cgFt_;
-            }
-        }
-        std::size_t next = 1;
-        double heading = played.flown.empty() ? 0.0 : played.flown.front().heading;
-        played.naive.reserve(played.flown.size());
-        for (const Sample& flown : played.flown) {
-            const double time = flown.at - tool::playDelaySeconds;
-            while (next + 1 < line.size() && line[next].time <= time) {
-                ++next;
-            }
-            const tool::TrackPoint place = tool::pointAt(line, time);
-            Sample naive = flown;
-            naive.position = place.position;
-            naive.altFt = place.altFt;
-            naive.speedKt = place.gsKt;
-            naive.bank = 0.0;
-            if (next < line.size()) {
-                const tool::TrackPoint& a = line[next - 1];
-                const tool::TrackPoint& b = line[next];
-                const double minutes = std::max(b.time - a.time, 1.0) / 60.0;
-                naive.pitch = climbLawPitch((b.altFt - a.altFt) / minutes);
-                if (a.position != b.position) {
-                    heading = gf_bearing(a.position, b.position);
-                }
-            }
-            naive.heading = heading;
-            naive.wheelsFt = naive.altFt - terrain.heightFt(place.position.lat, place.position.lon) - cgFt_;
-            naive.onGround = naive.wheelsFt <= standin::wheelPlayFt;
-            played.naive.push_back(naive);
+    void look() {
+        ++passes_;
+        noteRefusals();
+        const bool sampled = passes_ % (scene_ ? passesPerSceneSample : passesPerFrame) == 0;
+        for (auto& [hexid, watch] : watches_) {
+            watch.pass(liveByHexid(hexid), world_, sampled);
         }
     }
 
-    const RecordedFlight& flight_;
+    void noteRefusals() {
+        Reason risen = Reason::None;
+        for (std::size_t i = 0; i < refusals_.size(); ++i) {
+            const auto reason = static_cast<Reason>(static_cast<int>(firstRefusal) + static_cast<int>(i));
+            const std::uint64_t total = reasonTotal(reason);
+            risen = total > refusals_[i] ? reason : risen;
+            refusals_[i] = total;
+        }
+        if (risen != Reason::None) {
+            for (auto& [hexid, watch] : watches_) {
+                watch.noteRefusal(risen);
+            }
+        }
+    }
+
+    const Recording& recording_;
+    bool scene_;
     test::ScenarioWorld world_;
-    double began_ = 0.0;
-    std::uint32_t objectId_ = 0;
-    double settled_ = 0.0;
-    double cgFt_ = 0.0;
-    LegWatch legs_;
-    bool secondPass_ = false;
+    std::map<std::uint32_t, AircraftWatch> watches_;
+    std::array<std::uint64_t, refusalCount> refusals_ = {};
+    std::int64_t passes_ = 0;
 };
 
 } // namespace
 
-PlayedFlight playFlight(const RecordedFlight& flight) {
-    return FlightWorld(flight).play();
+PlayedAircraft playFlight(const Recording& flight) {
+    return std::move(RecordingWorld(flight, {}).play().aircraft.front());
+}
+
+PlayedScene playScene(const Recording& scene, const std::filesystem::path& stands) {
+    return RecordingWorld(scene, stands).play();
+}
+
+double fastestGroundTurn(Category category) {
+    return categoryRates(category).baseTurnRateDeg * ticksPerSecond * fastestTurnInRates;
 }
 
 } // namespace kst::bench

@@ -1,16 +1,16 @@
 #pragma once
 
-// One recorded flight through the whole program in virtual time.
+// One recording through the whole program in virtual time.
 
 #include "bench/realism/recordings.h"
+#include "model/aircraft.h"
 #include "model/category.h"
+#include "model/parkpos.h"
 #include "model/reasons.h"
-#include "tools/measureflights/line.h"
 
 #include <array>
 #include <cstdint>
 #include <string_view>
-#include <vector>
 
 namespace kst::bench {
 
@@ -18,6 +18,10 @@ enum class Stage { Air, Approach, Flare, Rollout, TakeOff, Ground, Count };
 inline constexpr auto stageCount = static_cast<std::size_t>(Stage::Count);
 inline constexpr std::array<std::string_view, stageCount> stageNames = {"air",     "approach", "flare",
                                                                         "rollout", "take-off", "ground"};
+
+/// By AcPhase.
+inline constexpr std::array<std::string_view, 8> phaseNames = {
+    "pushed", "after its push", "taxiing", "taking off", "in the air", "parking", "parked", "undecided"};
 
 /// What makes the present leg's speed another than the one told.
 enum class LegKind {
@@ -51,19 +55,49 @@ struct Sample {
     LegKind leg = LegKind::Usual;
     float turnDeg = 0.0F;  ///< that the leg turns on the ground, or its corner
     float legLeftS = 0.0F; ///< until the present leg ends
-    float points = 0.0F;   ///< ahead in the track
+    // What the apron asks for.
+    AcPhase phase = AcPhase::Unknown;
+    std::uint32_t sid = 0;  ///< of its stand
+    float turnShare = 0.0F; ///< of three base rates, the fastest turn on the ground since the last sample
 };
 
-struct PlayedFlight {
-    std::vector<Sample> flown;
-    std::vector<Sample> naive;          ///< straight lines between the feed's points, at the same moments
-    std::vector<Sample> timed;          ///< what the timing of legs alone gives, at the same moments
-    std::vector<tool::TrackPoint> line; ///< what the feed told, in the same seconds
+/// Its object leaves the simulator.
+struct Leaving {
+    double at = 0.0;
+    Reason reason = Reason::None;
+    AcPhase phase = AcPhase::Unknown;
+};
+
+struct PlayedAircraft {
+    std::uint32_t hexid = 0;
+    std::string callsign;
+    std::string type; ///< empty for a vehicle
     Category category = Category::Light;
+    double halfSpanM = 0.0;
+    Line line;                 ///< what the feed told
+    std::vector<Sample> flown; ///< in a scene: on the ground only
+    std::vector<Sample> ideal; ///< what the timing of legs alone gives, at the same moments
+    std::vector<Leaving> leavings;
     Reason lastReason = Reason::None; ///< of the record's end
+    Reason refused = Reason::None;    ///< by the buffer, the last time
     bool shown = false;
 };
 
-PlayedFlight playFlight(const RecordedFlight& flight);
+/// The user follows the flight high above; there are no stands. Sampled each 20 ms, as the simulator's
+/// frames.
+PlayedAircraft playFlight(const Recording& flight);
+
+struct PlayedScene {
+    std::vector<PlayedAircraft> aircraft;
+    std::vector<ParkPos> stands; ///< as they are at the end
+    double end = 0.0;            ///< seconds
+};
+
+/// `stands` holds the scene's <ICAO>.csv. Static aircraft are off; the user is high above. Sampled each 100
+/// ms.
+PlayedScene playScene(const Recording& scene, const std::filesystem::path& stands);
+
+/// Turn on the ground that no aircraft of this size exceeds by the program's rules, degrees per second.
+double fastestGroundTurn(Category category);
 
 } // namespace kst::bench

@@ -13,9 +13,7 @@ constexpr double spotM = 18.0;
 constexpr double stoppingKt = 1.0;
 constexpr double cameFromM = 85.0; ///< farther than a push back from the next stand
 
-using Points = std::vector<tool::TrackPoint>;
-
-LatLon middleOf(Points::const_iterator begin, Points::const_iterator end) {
+LatLon middleOf(Line::const_iterator begin, Line::const_iterator end) {
     std::vector<double> lat;
     std::vector<double> lon;
     for (; begin != end; ++begin) {
@@ -27,7 +25,7 @@ LatLon middleOf(Points::const_iterator begin, Points::const_iterator end) {
 
 } // namespace
 
-std::vector<RecordedStop> stopsOf(const Points& line) {
+std::vector<RecordedStop> stopsOf(const Line& line) {
     std::vector<RecordedStop> stops;
     for (auto first = line.begin(); first != line.end();) {
         const auto behind = std::find_if(first, line.end(), [&](const tool::TrackPoint& point) {

@@ -2,7 +2,7 @@
 
 // Where and when a recorded target stands still on the ground.
 
-#include "tools/measureflights/flights.h"
+#include "bench/realism/recordings.h"
 
 #include <vector>
 
@@ -18,6 +18,6 @@ struct RecordedStop {
 
 /// Every stay of 20 s or more on one spot, as far as a rounding feed tells, in order. At the line's end a
 /// shorter one counts too.
-std::vector<RecordedStop> stopsOf(const std::vector<tool::TrackPoint>& line);
+std::vector<RecordedStop> stopsOf(const Line& line);
 
 } // namespace kst::bench

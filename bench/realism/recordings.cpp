@@ -1,15 +1,14 @@
 #include "bench/realism/recordings.h"
 
 #include "tools/measureflights/csvtable.h"
+#include "tools/measureflights/files.h"
 #include "tools/measureflights/line.h"
 
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
-#include <fstream>
 #include <map>
-#include <optional>
-#include <set>
+#include <ranges>
 #include <stdexcept>
 
 namespace kst::bench {
@@ -17,7 +16,6 @@ namespace kst::bench {
 namespace {
 
 using standin::TrafficReport;
-using Reports = std::vector<TrafficReport>;
 
 constexpr double longestSilenceS = 300.0;
 constexpr double shortestFlightS = 60.0;
@@ -40,30 +38,13 @@ constexpr int lowestQnh = 980;
 constexpr int highestQnh = 1045;
 constexpr double jetKt = 220.0;
 
-std::ifstream opened(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        throw std::runtime_error(fmt::format("cannot open {}", path.filename().string()));
-    }
-    return in;
-}
-
-/// All airports with a code of four letters, by whole degrees.
+/// Airports by whole degrees.
 class AirportMap {
 public:
-    explicit AirportMap(const std::filesystem::path& file) {
-        std::ifstream in = opened(file);
-        tool::readCsv(in, {"code", "lat", "lon", "alt_ft"}, [&](const tool::CsvRow& row) {
-            const auto lat = row.number(1);
-            const auto lon = row.number(2);
-            const std::string code(row.text(0));
-            const bool proper = code.size() == 4 && std::all_of(code.begin(), code.end(), [](char letter) {
-                                    return letter >= 'A' && letter <= 'Z';
-                                });
-            if (proper && lat && lon) {
-                cells_[cellOf({*lat, *lon})].push_back({code, {*lat, *lon}, row.number(3).value_or(0.0)});
-            }
-        });
+    explicit AirportMap(std::vector<Airport> airports) {
+        for (Airport& airport : airports) {
+            cells_[cellOf(airport.position)].push_back(std::move(airport));
+        }
     }
 
     const Airport* nearest(LatLon place) const {
@@ -103,19 +84,16 @@ std::vector<Airport> airportsOf(const Reports& reports, const AirportMap& map) {
     for (const auto& [code, entry] : used) {
         byUse.push_back(entry);
     }
-    std::stable_sort(byUse.begin(), byUse.end(),
-                     [](const auto& a, const auto& b) { return a.first > b.first; });
+    std::ranges::stable_sort(byUse, std::greater(), &std::pair<int, Airport>::first);
     std::vector<Airport> airports;
-    for (const auto& [count, airport] : byUse) {
-        if (airports.size() < mostAirports) {
-            airports.push_back(airport);
-        }
+    for (const auto& [count, airport] : byUse | std::views::take(mostAirports)) {
+        airports.push_back(airport);
     }
     return airports;
 }
 
 /// What happens where the recording goes from ground to air or back.
-void noteContacts(RecordedFlight& flight) {
+void noteContacts(Recording& flight) {
     const Reports& reports = flight.reports;
     std::vector<double> elevationMinusPressure;
     std::size_t begin = 0;
@@ -144,32 +122,32 @@ void noteContacts(RecordedFlight& flight) {
     flight.qnh = qnhFitting(elevationMinusPressure);
 }
 
-/// Reports of one target, cut where it is silent for long.
-std::vector<Reports> cutFlights(const Reports& reports) {
-    std::vector<Reports> flights;
-    for (const TrafficReport& report : reports) {
-        if (flights.empty() || report.at - flights.back().back().at > longestSilenceS) {
-            flights.emplace_back();
-        }
-        flights.back().push_back(report);
-    }
-    std::erase_if(flights, [](const Reports& flight) {
-        return flight.size() < fewestReports || flight.back().at - flight.front().at < shortestFlightS;
-    });
-    return flights;
-}
-
 } // namespace
 
 const Airport* nearestAirport(const std::vector<Airport>& airports, LatLon place) {
-    const auto nearest =
-        std::min_element(airports.begin(), airports.end(), [&](const auto& a, const auto& b) {
-            return tool::metresBetween(a.position, place) < tool::metresBetween(b.position, place);
-        });
+    const auto nearest = std::ranges::min_element(
+        airports, {}, [&](const Airport& airport) { return tool::metresBetween(airport.position, place); });
     return nearest == airports.end() ? nullptr : &*nearest;
 }
 
-void giveType(std::vector<TrafficReport>& reports, const std::set<std::string, std::less<>>& types) {
+std::vector<Airport> readAirports(const std::filesystem::path& dataFolder) {
+    std::vector<Airport> airports;
+    std::ifstream in = tool::openFile(dataFolder / "airports.csv");
+    tool::readCsv(in, {"code", "lat", "lon", "alt_ft"}, [&](const tool::CsvRow& row) {
+        const auto lat = row.number(1);
+        const auto lon = row.number(2);
+        const std::string code(row.text(0));
+        const bool proper = code.size() == 4 && std::ranges::all_of(code, [](char letter) {
+                                return letter >= 'A' && letter <= 'Z';
+                            });
+        if (proper && lat && lon) {
+            airports.push_back({code, {*lat, *lon}, row.number(3).value_or(0.0)});
+        }
+    });
+    return airports;
+}
+
+void giveType(Reports& reports, const Types& types) {
     double fastestKt = 0.0;
     for (const TrafficReport& report : reports) {
         fastestKt = std::max(fastestKt, report.gsKt);
@@ -181,18 +159,37 @@ void giveType(std::vector<TrafficReport>& reports, const std::set<std::string, s
     }
 }
 
-std::set<std::string, std::less<>> knownTypes(const std::filesystem::path& file) {
-    std::set<std::string, std::less<>> types;
-    std::ifstream in = opened(file);
+Types readTypes(const std::filesystem::path& dataFolder) {
+    Types types;
+    std::ifstream in = tool::openFile(dataFolder / "types.csv");
     tool::readCsv(in, {"designator"}, [&](const tool::CsvRow& row) { types.emplace(row.text(0)); });
     return types;
+}
+
+std::vector<Reports> cutAtSilences(const Reports& reports) {
+    std::vector<Reports> parts;
+    for (const TrafficReport& report : reports) {
+        if (parts.empty() || report.at - parts.back().back().at > longestSilenceS) {
+            parts.emplace_back();
+        }
+        parts.back().push_back(report);
+    }
+    return parts;
+}
+
+double beginAtZero(Reports& reports) {
+    const double begin = reports.front().at;
+    for (TrafficReport& report : reports) {
+        report.at -= begin;
+    }
+    return begin;
 }
 
 bool isContact(const TrafficReport& before, const TrafficReport& after) {
     return after.gsKt >= rollingKt && after.at - before.at <= contactGapS;
 }
 
-int qnhFitting(std::vector<double>& elevationMinusPressureFt) {
+int qnhFitting(const std::vector<double>& elevationMinusPressureFt) {
     if (elevationMinusPressureFt.empty()) {
         return standardQnh;
     }
@@ -201,7 +198,8 @@ int qnhFitting(std::vector<double>& elevationMinusPressureFt) {
     return std::clamp(standardQnh + offHpa, lowestQnh, highestQnh);
 }
 
-std::set<std::filesystem::path> trackFiles(const std::filesystem::path& tracks) {
+void forEachFile(const std::filesystem::path& tracks,
+                 const std::function<void(const std::string& name, Reports& all)>& take) {
     std::set<std::filesystem::path> files;
     for (const auto& entry : std::filesystem::directory_iterator(tracks)) {
         if (entry.path().extension() == ".csv") {
@@ -211,44 +209,46 @@ std::set<std::filesystem::path> trackFiles(const std::filesystem::path& tracks) 
     if (files.empty()) {
         throw std::runtime_error("the folder holds no tracks");
     }
-    return files;
-}
-
-std::vector<RecordedFlight> readRecordings(const std::filesystem::path& tracks,
-                                           const std::filesystem::path& dataFolder) {
-    const AirportMap airports(dataFolder / "airports.csv");
-    const auto types = knownTypes(dataFolder / "types.csv");
-    std::vector<RecordedFlight> flights;
-    for (const std::filesystem::path& file : trackFiles(tracks)) {
+    for (const std::filesystem::path& file : files) {
         Reports all;
         standin::recordedTraffic({.files = {{file, 0.0}}})->takeDue(1e18, all);
+        take(file.stem().string(), all);
+    }
+}
+
+std::vector<Recording> readFlights(const std::filesystem::path& tracks,
+                                   const std::filesystem::path& dataFolder) {
+    const AirportMap airports(readAirports(dataFolder));
+    const Types types = readTypes(dataFolder);
+    std::vector<Recording> flights;
+    forEachFile(tracks, [&](const std::string& file, const Reports& all) {
         std::map<std::uint32_t, Reports> byTarget;
         for (const TrafficReport& report : all) {
             byTarget[report.hexid].push_back(report);
         }
         for (const auto& [hexid, target] : byTarget) {
-            for (Reports& reports : cutFlights(target)) {
-                RecordedFlight flight;
-                const TrafficReport& first = reports.front();
-                const double begin = first.at;
-                flight.file = file.stem().string();
-                flight.name = fmt::format(
-                    "{} {}@{:.0f}", flight.file,
-                    first.callsign.empty() ? fmt::format("{:06x}", hexid) : first.callsign, begin);
+            const std::string address = fmt::format("{:06X}", hexid);
+            for (Reports& reports : cutAtSilences(target)) {
+                if (reports.size() < fewestReports ||
+                    reports.back().at - reports.front().at < shortestFlightS) {
+                    continue;
+                }
+                Recording& flight = flights.emplace_back();
+                const std::string callsign = reports.front().callsign;
+                flight.name = fmt::format("{} {}@{:.0f}", file, callsign.empty() ? address : callsign,
+                                          beginAtZero(reports));
                 giveType(reports, types);
                 for (TrafficReport& report : reports) {
-                    report.at -= begin;
                     if (report.callsign.empty() && report.registration.empty()) {
-                        report.callsign = fmt::format("{:06X}", hexid);
+                        report.callsign = address;
                     }
                 }
                 flight.airports = airportsOf(reports, airports);
                 flight.reports = std::move(reports);
                 noteContacts(flight);
-                flights.push_back(std::move(flight));
             }
         }
-    }
+    });
     return flights;
 }
 

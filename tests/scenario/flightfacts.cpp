@@ -34,11 +34,9 @@ PathFacts pathFacts(const std::deque<HistoryPoint>& history, const std::vector<T
     constexpr std::size_t every = 25;
     for (std::size_t i = 0; i < history.size(); i += every) {
         const HistoryPoint& point = history[i];
-        const auto place =
-            point.onGround
-                ? std::nullopt
-                : tool::placeOnLine(line,
-                                    {point.atSeconds, {point.place.lat, point.place.lon}, 0.0, 0.0, false});
+        const auto place = point.onGround
+                               ? std::nullopt
+                               : tool::placeOnLine(line, point.atSeconds, {point.place.lat, point.place.lon});
         if (!place) {
             continue;
         }

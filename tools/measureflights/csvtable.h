@@ -1,7 +1,7 @@
 #pragma once
 
-// Reader of CSV files with a header line, without quotes. Columns are found by name, in whatever order they
-// stand.
+// Reader of CSV files with a header line. Columns are found by name, in whatever order they stand; a field
+// may be quoted.
 
 #include <cstddef>
 #include <functional>

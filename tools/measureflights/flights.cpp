@@ -4,21 +4,17 @@
 
 #include <algorithm>
 #include <cmath>
-#include <optional>
+#include <functional>
+#include <limits>
 
 namespace kst::tool {
 
 namespace {
 
-bool onGlobe(std::optional<double> lat, std::optional<double> lon) {
-    return lat && lon && std::abs(*lat) <= 90.0 && std::abs(*lon) <= 180.0;
-}
-
 template <typename T>
 void sortPoints(std::vector<T>& all) {
     for (T& one : all) {
-        std::stable_sort(one.points.begin(), one.points.end(),
-                         [](const TrackPoint& a, const TrackPoint& b) { return a.time < b.time; });
+        std::ranges::stable_sort(one.points, {}, &TrackPoint::time);
     }
 }
 
@@ -32,64 +28,54 @@ T& entry(std::vector<T>& all, std::map<std::uint32_t, std::size_t>& index, std::
     return all[place->second];
 }
 
-std::optional<std::uint32_t> idOf(std::optional<double> number) {
-    if (!number || *number < 0.0 || *number > 4294967295.0) {
-        return std::nullopt;
-    }
-    return static_cast<std::uint32_t>(*number);
+/// The rows of a file whose columns begin with time, id, latitude and longitude; `take` gets each that holds
+/// these four.
+void readPoints(std::istream& in, const std::vector<std::string_view>& columns, std::size_t& unreadableRows,
+                const std::function<void(const CsvRow&, std::uint32_t id, TrackPoint)>& take) {
+    readCsv(in, columns, [&](const CsvRow& row) {
+        const auto time = row.number(0);
+        const auto id = row.number(1);
+        const auto lat = row.number(2);
+        const auto lon = row.number(3);
+        if (!time || !id || *id < 0.0 || *id > std::numeric_limits<std::uint32_t>::max() || !lat || !lon ||
+            std::abs(*lat) > 90.0 || std::abs(*lon) > 180.0) {
+            ++unreadableRows;
+            return;
+        }
+        take(row, static_cast<std::uint32_t>(*id),
+             {*time, {*lat, *lon}, row.number(4).value_or(0.0), 0.0, row.text(5) == "1"});
+    });
 }
 
 } // namespace
 
 void readSent(std::istream& in, Flights& flights) {
-    enum Column : std::size_t { Time, Hexid, Callsign, Registration, Type, Lat, Lon, Alt, Gs, Ground };
     std::map<std::uint32_t, std::size_t> index;
-    readCsv(
+    readPoints(
         in,
-        {"time", "hexid", "callsign", "registration", "type", "lat", "lon", "alt_ft", "gs_kt", "on_ground"},
-        [&](const CsvRow& row) {
-            const auto id = idOf(row.number(Hexid));
-            const auto time = row.number(Time);
-            const auto lat = row.number(Lat);
-            const auto lon = row.number(Lon);
-            if (!id || !time || !onGlobe(lat, lon)) {
-                ++flights.unreadableRows;
-                return;
-            }
-            Target& target = entry(flights.targets, index, *id);
-            target.hexid = *id;
-            target.callsign = row.text(Callsign);
-            target.registration = row.text(Registration);
-            target.type = row.text(Type);
-            target.points.push_back({*time,
-                                     {*lat, *lon},
-                                     row.number(Alt).value_or(0.0),
-                                     row.number(Gs).value_or(0.0),
-                                     row.text(Ground) == "1"});
+        {"time", "hexid", "lat", "lon", "alt_ft", "on_ground", "gs_kt", "callsign", "registration", "type"},
+        flights.unreadableRows, [&](const CsvRow& row, std::uint32_t id, TrackPoint point) {
+            Target& target = entry(flights.targets, index, id);
+            target.hexid = id;
+            point.gsKt = row.number(6).value_or(0.0);
+            target.callsign = row.text(7);
+            target.registration = row.text(8);
+            target.type = row.text(9);
+            target.points.push_back(point);
         });
     sortPoints(flights.targets);
 }
 
 void readHistory(std::istream& in, Flights& flights) {
-    enum Column : std::size_t { Time, Id, Tail, Title, Lat, Lon, Alt, Ground };
     std::map<std::uint32_t, std::size_t> index;
-    readCsv(in, {"time", "id", "tail_number", "title", "lat", "lon", "alt_ft", "on_ground"},
-            [&](const CsvRow& row) {
-                const auto id = idOf(row.number(Id));
-                const auto time = row.number(Time);
-                const auto lat = row.number(Lat);
-                const auto lon = row.number(Lon);
-                if (!id || !time || !onGlobe(lat, lon)) {
-                    ++flights.unreadableRows;
-                    return;
-                }
-                ShownObject& object = entry(flights.objects, index, *id);
-                object.id = *id;
-                object.tailNumber = row.text(Tail);
-                object.title = row.text(Title);
-                object.points.push_back(
-                    {*time, {*lat, *lon}, row.number(Alt).value_or(0.0), 0.0, row.text(Ground) == "1"});
-            });
+    readPoints(in, {"time", "id", "lat", "lon", "alt_ft", "on_ground", "tail_number", "title"},
+               flights.unreadableRows, [&](const CsvRow& row, std::uint32_t id, const TrackPoint& point) {
+                   ShownObject& object = entry(flights.objects, index, id);
+                   object.id = id;
+                   object.tailNumber = row.text(6);
+                   object.title = row.text(7);
+                   object.points.push_back(point);
+               });
     sortPoints(flights.objects);
 }
 

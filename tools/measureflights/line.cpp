@@ -34,26 +34,7 @@ Points::const_iterator firstAfter(const Points& points, double time) {
                             [](double t, const TrackPoint& point) { return t < point.time; });
 }
 
-} // namespace
-
-Spread spreadOf(std::vector<double>& values) {
-    Spread spread;
-    spread.count = values.size();
-    if (values.empty()) {
-        return spread;
-    }
-    std::sort(values.begin(), values.end());
-    spread.median = values[values.size() / 2];
-    spread.p95 = values[std::min(values.size() - 1, values.size() * 95 / 100)];
-    spread.max = values.back();
-    return spread;
-}
-
-double metresBetween(LatLon a, LatLon b) {
-    const Metres way = metresFrom(a, b);
-    return std::hypot(way.east, way.north);
-}
-
+/// The place on the straight piece from a to b nearest to `position`, which should be passed at `expected`.
 OnLine placeOnPiece(const TrackPoint& a, const TrackPoint& b, LatLon position, double expected) {
     const Metres toA = metresFrom(position, a.position);
     const Metres toB = metresFrom(position, b.position);
@@ -75,19 +56,42 @@ OnLine placeOnPiece(const TrackPoint& a, const TrackPoint& b, LatLon position, d
     return place;
 }
 
-std::optional<OnLine> placeOnLine(const Points& line, const TrackPoint& shown) {
-    const double expected = shown.time - playDelaySeconds;
-    if (line.size() < 2 || expected < line.front().time || expected > line.back().time) {
-        return std::nullopt;
+} // namespace
+
+Spread spreadOf(std::vector<double> values) {
+    if (values.empty()) {
+        return {};
     }
-    auto from = firstAfter(line, expected - windowSeconds);
-    from -= from == line.begin() ? 0 : 1;
-    OnLine best;
-    for (auto a = from; a + 1 != line.end() && a->time <= expected + windowSeconds; ++a) {
-        const OnLine place = placeOnPiece(*a, *(a + 1), shown.position, expected);
-        const bool nearer = place.distanceM < best.distanceM - sameDistanceM;
-        const bool asNear = place.distanceM < best.distanceM + sameDistanceM;
-        if (nearer || (asNear && std::abs(place.lagS) < std::abs(best.lagS))) {
+    std::sort(values.begin(), values.end());
+    return {values.size(), values.front(), values[values.size() / 2],
+            values[std::min(values.size() - 1, values.size() * 95 / 100)], values.back()};
+}
+
+double metresBetween(LatLon a, LatLon b) {
+    const Metres way = metresFrom(a, b);
+    return std::hypot(way.east, way.north);
+}
+
+std::vector<OnLine> placesNear(const Points& line, double at, LatLon position, double windowS) {
+    const double expected = at - playDelaySeconds;
+    std::vector<OnLine> places;
+    if (line.size() < 2 || expected < line.front().time || expected > line.back().time) {
+        return places;
+    }
+    auto a = firstAfter(line, expected - windowS);
+    a -= a == line.begin() ? 0 : 1;
+    for (; a + 1 != line.end() && a->time <= expected + windowS; ++a) {
+        places.push_back(placeOnPiece(*a, *(a + 1), position, expected));
+    }
+    return places;
+}
+
+std::optional<OnLine> placeOnLine(const Points& line, double at, LatLon position) {
+    std::optional<OnLine> best;
+    for (const OnLine& place : placesNear(line, at, position, windowSeconds)) {
+        const bool nearer = !best || place.distanceM < best->distanceM - sameDistanceM;
+        const bool asNear = !best || place.distanceM < best->distanceM + sameDistanceM;
+        if (nearer || (asNear && std::abs(place.lagS) < std::abs(best->lagS))) {
             best = place;
         }
     }

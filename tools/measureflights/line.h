@@ -14,16 +14,15 @@ namespace kst::tool {
 inline constexpr double playDelaySeconds = static_cast<double>(playDelayTicks) / ticksPerSecond;
 inline constexpr double secondsPerHour = 3600.0;
 
-/// Of a set of values.
+/// Of a set of values; zeros where there is none.
 struct Spread {
     std::size_t count = 0;
+    double min = 0.0;
     double median = 0.0;
     double p95 = 0.0;
     double max = 0.0;
 };
-
-/// Sorts the values.
-Spread spreadOf(std::vector<double>& values);
+Spread spreadOf(std::vector<double> values);
 
 double metresBetween(LatLon a, LatLon b);
 
@@ -37,12 +36,14 @@ struct OnLine {
     bool onGround = false; ///< one end of the piece is
 };
 
-/// The place on the straight piece from a to b nearest to `position`, which should be passed at `expected`.
-OnLine placeOnPiece(const TrackPoint& a, const TrackPoint& b, LatLon position, double expected);
+/// The nearest place on each piece of the line that is passed within so many seconds of the moment at which
+/// what is shown at `at` should be on it, in order; none when the line does not reach that moment. `line` in
+/// order of time.
+std::vector<OnLine> placesNear(const std::vector<TrackPoint>& line, double at, LatLon position,
+                               double windowS);
 
-/// The place on the target's line nearest to where it is shown, within 45 s of the expected moment; nothing
-/// when the line does not reach that moment. `line` in order of time.
-std::optional<OnLine> placeOnLine(const std::vector<TrackPoint>& line, const TrackPoint& shown);
+/// The nearest of all places within 45 s of the expected moment: for a single place, or one far from others.
+std::optional<OnLine> placeOnLine(const std::vector<TrackPoint>& line, double at, LatLon position);
 
 /// The highest speed that the line tells within 15 s of this time, knots.
 double highestSpeedKt(const std::vector<TrackPoint>& line, double time);

@@ -1,11 +1,11 @@
 // measureflights: how well the simulator's objects fly what the feed told. See --help.
 
+#include "tools/measureflights/files.h"
 #include "tools/measureflights/measure.h"
 #include "tools/measureflights/page.h"
 
 #include <exception>
 #include <fmt/format.h>
-#include <fstream>
 #include <map>
 #include <stdexcept>
 
@@ -17,42 +17,23 @@ constexpr std::string_view helpText =
     "Holds the paths of the simulator's objects against the positions that the feed sent.\n\n"
     "  --history FILE   history of the simulator stand-in\n"
     "  --sent FILE      record of the RealTraffic stand-in\n"
-    "  --json FILE      write the figures for programs\n"
     "  --page FILE      write a page with a map\n\n"
     "Ends with 1 when no object flew the track of a target.\n";
 
-std::ifstream opened(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        throw std::runtime_error(fmt::format("cannot open {}", path));
-    }
-    return in;
-}
-
-void write(const std::string& path, const std::string& text) {
-    std::ofstream out(path, std::ios::binary);
-    out << text;
-    if (!out.flush()) {
-        throw std::runtime_error(fmt::format("cannot write {}", path));
-    }
-}
-
 int run(std::map<std::string, std::string>& options) {
     Flights flights;
-    std::ifstream sent = opened(options["--sent"]);
+    std::ifstream sent = openFile(options["--sent"]);
     readSent(sent, flights);
-    std::ifstream history = opened(options["--history"]);
+    std::ifstream history = openFile(options["--history"]);
     readHistory(history, flights);
     const Measured measured = measure(flights);
     fmt::print("{}", tableOf(measured));
     if (flights.unreadableRows > 0) {
         fmt::print("unreadable rows: {}\n", flights.unreadableRows);
     }
-    if (!options["--json"].empty()) {
-        write(options["--json"], jsonOf(measured));
-    }
     if (!options["--page"].empty()) {
-        write(options["--page"], pageOf(measured));
+        writeFile(options["--page"],
+                  pageOf(measured, "What the feed told and what was flown", tableOf(measured)));
     }
     return measured.byObject.empty() ? 1 : 0;
 }
@@ -61,8 +42,7 @@ int run(std::map<std::string, std::string>& options) {
 
 int main(int argc, char** argv) {
     try {
-        std::map<std::string, std::string> options = {
-            {"--history", ""}, {"--sent", ""}, {"--json", ""}, {"--page", ""}};
+        std::map<std::string, std::string> options = {{"--history", ""}, {"--sent", ""}, {"--page", ""}};
         for (int i = 1; i < argc; i += 2) {
             const std::string name = argv[i];
             if (name == "--help") {

@@ -20,114 +20,82 @@ constexpr double appearingSeconds = 6.0;
 
 using Points = std::vector<TrackPoint>;
 
-/// Values of one phase, or of one object, before they become figures.
-struct Samples {
-    std::vector<double> fromLine;
-    std::vector<double> timeOff;
-    std::vector<double> lag;
-    std::vector<double> altitudeOff;
-    Step worstStep;
-    std::size_t objects = 0;
-};
-
 void noteStep(Step& worst, const Step& step) {
     if (step.overM > worst.overM) {
         worst = step;
     }
 }
 
+/// Holds one object against its target.
 class Pair {
 public:
-    Pair(const ShownObject& object, const Target& target, Samples& air, Samples& ground, Step& appearing)
-        : object_(object), target_(target), air_(air), ground_(ground), appearing_(appearing) {}
+    Pair(const ShownObject& object, const Target& target, Measured& all)
+        : all_(all), own_{&object, &target, {}} {}
 
     ObjectFigures measure() {
-        ObjectFigures figures;
-        figures.object = &object_;
-        figures.target = &target_;
         const TrackPoint* last = nullptr;
-        for (const TrackPoint& point : object_.points) {
+        for (const TrackPoint& point : own_.object->points) {
             if (last != nullptr) {
-                figures.withoutTrack += step(*last, point) ? 0U : 1U;
+                step(*last, point);
             }
             place(point);
             last = &point;
         }
-        air_.objects += inAir_ ? 1U : 0U;
-        ground_.objects += onGround_ ? 1U : 0U;
-        figures.samples = own_.fromLine.size();
-        figures.fromLineM = spreadOf(own_.fromLine);
-        figures.timeOffS = spreadOf(own_.timeOff);
-        figures.worstStep = own_.worstStep;
-        return figures;
+        all_.air.objects += inAir_ ? 1U : 0U;
+        all_.ground.objects += onGround_ ? 1U : 0U;
+        return std::move(own_);
     }
 
 private:
     void place(const TrackPoint& point) {
-        const auto found = placeOnLine(target_.points, point);
+        const auto found = placeOnLine(own_.target->points, point.time, point.position);
         if (!found || found->onGround != point.onGround) {
             return;
         }
         (point.onGround ? onGround_ : inAir_) = true;
-        for (Samples* samples : {point.onGround ? &ground_ : &air_, &own_}) {
-            samples->fromLine.push_back(found->distanceM);
+        for (PathFigures* path : {point.onGround ? &all_.ground : &all_.air, &own_.path}) {
+            path->fromLineM.push_back(found->distanceM);
             if (found->speedKt >= slowestForTimeKt) {
-                samples->timeOff.push_back(std::abs(found->lagS));
-                samples->lag.push_back(found->lagS);
+                path->lagS.push_back(found->lagS);
+                path->timeOffS.push_back(std::abs(found->lagS));
             }
             if (!point.onGround) {
-                samples->altitudeOff.push_back(std::abs(point.altFt - found->altFt));
+                path->altitudeOffFt.push_back(std::abs(point.altFt - found->altFt));
             }
         }
     }
 
-    /// False when the target's line does not reach this moment, so that no speed explains a step.
-    bool step(const TrackPoint& from, const TrackPoint& to) {
+    void step(const TrackPoint& from, const TrackPoint& to) {
         const double expected = to.time - playDelaySeconds;
-        const Points& line = target_.points;
+        const Points& line = own_.target->points;
         if (line.empty() || expected < line.front().time || expected > line.back().time) {
-            return false;
+            ++all_.withoutTrack; // no speed explains a step
+            return;
         }
         const double seconds = to.time - from.time;
         if (seconds <= 0.0 || seconds > longestStepSeconds) {
-            return true;
+            return;
         }
         Step step;
         step.stepM = metresBetween(from.position, to.position);
         step.explainedM = highestSpeedKt(line, expected) * metresPerNm / secondsPerHour * seconds;
         step.overM = std::max(0.0, step.stepM - step.explainedM);
         step.seconds = seconds;
-        step.tailNumber = object_.tailNumber;
+        step.tailNumber = own_.object->tailNumber;
         step.time = to.time;
-        if (to.time - object_.points.front().time <= appearingSeconds) {
-            noteStep(appearing_, step);
-            return true;
+        if (to.time - own_.object->points.front().time <= appearingSeconds) {
+            noteStep(all_.appearing, step);
+            return;
         }
-        noteStep(own_.worstStep, step);
-        noteStep((to.onGround ? ground_ : air_).worstStep, step);
-        return true;
+        noteStep(own_.path.worstStep, step);
+        noteStep((to.onGround ? all_.ground : all_.air).worstStep, step);
     }
 
-    const ShownObject& object_;
-    const Target& target_;
-    Samples& air_;
-    Samples& ground_;
-    Step& appearing_;
-    Samples own_;
+    Measured& all_;
+    ObjectFigures own_;
     bool inAir_ = false;
     bool onGround_ = false;
 };
-
-PhaseFigures figuresOf(Samples& samples) {
-    PhaseFigures figures;
-    figures.objects = samples.objects;
-    figures.fromLineM = spreadOf(samples.fromLine);
-    figures.timeOffS = spreadOf(samples.timeOff);
-    figures.medianLagS = spreadOf(samples.lag).median;
-    figures.altitudeOffFt = spreadOf(samples.altitudeOff);
-    figures.worstStep = samples.worstStep;
-    return figures;
-}
 
 using Names = std::unordered_multimap<std::string, const Target*>;
 
@@ -164,8 +132,6 @@ Measured measure(const Flights& flights) {
     }
     Measured measured;
     measured.targets = flights.targets.size();
-    Samples air;
-    Samples ground;
     for (const ShownObject& object : flights.objects) {
         if (object.tailNumber.ends_with('*')) {
             ++measured.parked;
@@ -177,11 +143,8 @@ Measured measure(const Flights& flights) {
             ++measured.unmatched;
             continue;
         }
-        measured.byObject.push_back(Pair(object, *target, air, ground, measured.appearing).measure());
-        measured.withoutTrack += measured.byObject.back().withoutTrack;
+        measured.byObject.push_back(Pair(object, *target, measured).measure());
     }
-    measured.air = figuresOf(air);
-    measured.ground = figuresOf(ground);
     return measured;
 }
 

@@ -9,7 +9,6 @@
 #include "tools/measureflights/flights.h"
 #include "tools/measureflights/line.h"
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,13 +24,13 @@ struct Step {
     double time = 0.0;
 };
 
-/// The figures of all samples in the air, or on the ground.
-struct PhaseFigures {
+/// The samples of all objects in the air, of all on the ground, or of one object.
+struct PathFigures {
     std::size_t objects = 0;
-    Spread fromLineM;
-    Spread timeOffS;         ///< size of lead or lag against 30 seconds
-    double medianLagS = 0.0; ///< with its sign: positive is late
-    Spread altitudeOffFt;    ///< in the air, against the altitude told
+    std::vector<double> fromLineM;
+    std::vector<double> lagS;          ///< against 30 seconds, positive is late; of those that move
+    std::vector<double> timeOffS;      ///< the same without its sign
+    std::vector<double> altitudeOffFt; ///< in the air, against the altitude told
     Step worstStep;
 };
 
@@ -39,21 +38,17 @@ struct PhaseFigures {
 struct ObjectFigures {
     const ShownObject* object = nullptr;
     const Target* target = nullptr;
-    std::size_t samples = 0;
-    std::size_t withoutTrack = 0; ///< samples behind the target's last point, or before its first
-    Spread fromLineM;
-    Spread timeOffS;
-    Step worstStep;
+    PathFigures path;
 };
 
 struct Measured {
     std::size_t targets = 0;
     std::size_t objects = 0;
-    std::size_t parked = 0;    ///< static aircraft, told by their tail number
-    std::size_t unmatched = 0; ///< objects whose tail number no target has
-    std::size_t withoutTrack = 0;
-    PhaseFigures air;
-    PhaseFigures ground;
+    std::size_t parked = 0;       ///< static aircraft, told by their tail number
+    std::size_t unmatched = 0;    ///< objects whose tail number no target has
+    std::size_t withoutTrack = 0; ///< samples behind their target's last point, or before its first
+    PathFigures air;
+    PathFigures ground;
     /// Worst step of the first seconds of an object's life, in which the simulator itself still moves it; not
     /// in the steps of the phases.
     Step appearing;
@@ -65,7 +60,5 @@ Measured measure(const Flights& flights);
 
 /// The figures as a table for a person.
 std::string tableOf(const Measured& measured);
-/// And for a program: a JSON document.
-std::string jsonOf(const Measured& measured);
 
 } // namespace kst::tool

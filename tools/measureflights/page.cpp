@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
-#include <limits>
+#include <functional>
+#include <optional>
+#include <utility>
 
 namespace kst::tool {
 
@@ -14,8 +16,9 @@ constexpr double mapMargin = 20.0;
 constexpr double profileHeight = 320.0;
 constexpr double smallestRiseFt = 100.0;
 constexpr double smallestSpanDeg = 0.01;
-/// Flown paths are drawn with a point each so many seconds; frames would only make the page big.
+/// Paths are drawn with a point each so many seconds; frames would only make the page big.
 constexpr double pathPointSeconds = 1.0;
+constexpr std::string_view toldStyle = "class=\"told\"";
 
 constexpr std::string_view head = R"(<!DOCTYPE html>
 <html lang="en"><head><meta charset="utf-8"><title>Flights measured</title><style>
@@ -52,6 +55,37 @@ std::string escaped(std::string_view text) {
     return out;
 }
 
+/// A point of a drawing; nothing for what is not drawn.
+using Spot = std::optional<std::pair<double, double>>;
+
+/// A polyline through every drawn point that is at least a second after the one before it.
+std::string polyline(const std::vector<TrackPoint>& points, std::string_view style,
+                     const std::function<Spot(const TrackPoint&)>& spotOf) {
+    std::string out = fmt::format("<polyline {} points=\"", style);
+    double last = -pathPointSeconds;
+    for (const TrackPoint& point : points) {
+        const Spot spot = point.time - last >= pathPointSeconds ? spotOf(point) : std::nullopt;
+        if (spot) {
+            out += fmt::format("{:.1f},{:.1f} ", spot->first, spot->second);
+            last = point.time;
+        }
+    }
+    return out + "\"/>\n";
+}
+
+/// In the colour of its own that a name has on the whole page.
+std::string colourOf(std::string_view name) {
+    unsigned sum = 7;
+    for (const char letter : name) {
+        sum = sum * 31U + static_cast<unsigned char>(letter);
+    }
+    return fmt::format("hsl({},75%,62%)", sum % 360U);
+}
+
+std::string flownStyle(const ShownObject& object) {
+    return fmt::format("class=\"flown\" stroke=\"{}\"", colourOf(object.tailNumber));
+}
+
 /// Puts positions on the drawing, equal scales to the east and to the north.
 class Map {
 public:
@@ -81,17 +115,10 @@ public:
         return point.lat >= south_ && point.lat <= north_ && point.lon >= west_ && point.lon <= east_;
     }
 
-    /// A polyline through every point that is at least `apart` seconds after the one before it.
-    std::string line(const std::vector<TrackPoint>& points, double apart, std::string_view style) const {
-        std::string out = fmt::format("<polyline {} points=\"", style);
-        double last = -apart;
-        for (const TrackPoint& point : points) {
-            if (point.time - last >= apart) {
-                out += fmt::format("{:.1f},{:.1f} ", x(point.position), y(point.position));
-                last = point.time;
-            }
-        }
-        return out + "\"/>";
+    std::string line(const std::vector<TrackPoint>& points, std::string_view style) const {
+        return polyline(points, style, [&](const TrackPoint& point) {
+            return Spot({x(point.position), y(point.position)});
+        });
     }
 
 private:
@@ -111,14 +138,6 @@ private:
     double width_ = mapWidth;
     double height_ = mapWidth;
 };
-
-int hueOf(std::string_view name) {
-    unsigned sum = 7;
-    for (const char letter : name) {
-        sum = sum * 31U + static_cast<unsigned char>(letter);
-    }
-    return static_cast<int>(sum % 360U);
-}
 
 std::string standsOf(const Map& map, const std::vector<DrawnStand>& stands) {
     std::string out;
@@ -148,24 +167,22 @@ std::string scaleOf(const Map& map) {
                        20.0 + map.nmLength(scaleNm), map.height() - 10.0, map.height() - 14.0, scaleNm);
 }
 
-std::string mapOf(const Measured& measured, const std::vector<DrawnStand>& stands = {}) {
+std::string mapOf(const Measured& measured, const std::vector<DrawnStand>& stands) {
     const Map map(measured);
-    std::string out = fmt::format("<svg viewBox=\"0 0 {:.0f} {:.0f}\" width=\"{:.0f}\" role=\"img\">\n",
-                                  map.width(), map.height(), map.width());
+    std::string out = fmt::format("<svg viewBox=\"0 0 {0:.0f} {1:.0f}\" width=\"{0:.0f}\" role=\"img\">\n",
+                                  map.width(), map.height());
     out += standsOf(map, stands);
     for (const ObjectFigures& figures : measured.byObject) {
-        out += map.line(figures.target->points, 0.0, "class=\"told\"") + "\n";
+        out += map.line(figures.target->points, toldStyle);
     }
     for (const ObjectFigures& figures : measured.byObject) {
         const ShownObject& object = *figures.object;
-        const TrackPoint& end = object.points.back();
-        const int hue = hueOf(object.tailNumber);
+        const LatLon end = object.points.back().position;
         out += fmt::format("<g><title>{} {}</title>", escaped(object.tailNumber), escaped(object.title));
-        out += map.line(object.points, pathPointSeconds,
-                        fmt::format("class=\"flown\" stroke=\"hsl({},75%,62%)\"", hue));
-        out += fmt::format("<circle cx=\"{0:.1f}\" cy=\"{1:.1f}\" r=\"2.5\" fill=\"hsl({2},75%,62%)\"/>"
+        out += map.line(object.points, flownStyle(object));
+        out += fmt::format("<circle cx=\"{0:.1f}\" cy=\"{1:.1f}\" r=\"2.5\" fill=\"{2}\"/>"
                            "<text x=\"{3:.1f}\" y=\"{1:.1f}\">{4}</text></g>\n",
-                           map.x(end.position), map.y(end.position), hue, map.x(end.position) + 5.0,
+                           map.x(end), map.y(end), colourOf(object.tailNumber), map.x(end) + 5.0,
                            escaped(object.tailNumber));
     }
     return out + scaleOf(map);
@@ -177,108 +194,61 @@ std::string rowsOf(const Measured& measured) {
         "<th>from the line, median m</th><th>p95 m</th><th>off 30 s, median s</th><th>p95 s</th>"
         "<th>step over m</th></tr>\n";
     for (const ObjectFigures& figures : measured.byObject) {
+        const Spread line = spreadOf(figures.path.fromLineM);
+        const Spread time = spreadOf(figures.path.timeOffS);
         out += fmt::format("<tr><td>{}</td><td>{}</td><td>{}</td><td>{}</td><td>{:.1f}</td><td>{:.1f}</td>"
                            "<td>{:.2f}</td><td>{:.2f}</td><td>{:.1f}</td></tr>\n",
                            escaped(figures.object->tailNumber), escaped(figures.target->type),
-                           escaped(figures.object->title), figures.samples, figures.fromLineM.median,
-                           figures.fromLineM.p95, figures.timeOffS.median, figures.timeOffS.p95,
-                           figures.worstStep.overM);
+                           escaped(figures.object->title), line.count, line.median, line.p95, time.median,
+                           time.p95, figures.path.worstStep.overM);
     }
     return out + "</table>\n";
 }
 
-/// Altitude over time of every object and its target. What is on the ground tells no altitude.
-class Profile {
-public:
-    explicit Profile(const Measured& measured) {
-        for (const ObjectFigures& figures : measured.byObject) {
-            for (const TrackPoint& point : figures.object->points) {
-                first_ = std::min(first_, point.time);
-                last_ = std::max(last_, point.time);
-                lowest_ = std::min(lowest_, point.altFt);
-                highest_ = std::max(highest_, point.altFt);
-            }
-        }
-        highest_ = std::max(highest_, lowest_ + smallestRiseFt);
-    }
-
-    std::string line(const std::vector<TrackPoint>& points, double delay, std::string_view style) const {
-        std::string out = fmt::format("<polyline {} points=\"", style);
-        double last = -pathPointSeconds;
-        for (const TrackPoint& point : points) {
-            const double time = point.time + delay;
-            const bool shown = time >= first_ && time <= last_ && (delay == 0.0 || !point.onGround);
-            if (shown && time - last >= pathPointSeconds) {
-                out += fmt::format("{:.1f},{:.1f} ", x(time), y(point.altFt));
-                last = time;
-            }
-        }
-        return out + "\"/>\n";
-    }
-
-    std::string scale() const {
-        return fmt::format("<text x=\"20\" y=\"14\">{:.0f} ft</text><text x=\"20\" y=\"{:.0f}\">{:.0f} ft, "
-                           "{:.0f} s across</text>\n",
-                           highest_, profileHeight - 4.0, lowest_, last_ - first_);
-    }
-
-private:
-    double x(double time) const {
-        return mapMargin + (time - first_) / std::max(last_ - first_, 1.0) * (mapWidth - 2.0 * mapMargin);
-    }
-    double y(double altFt) const {
-        const double share = (std::max(altFt, lowest_) - lowest_) / (highest_ - lowest_);
-        return profileHeight - mapMargin - share * (profileHeight - 2.0 * mapMargin);
-    }
-
-    double first_ = std::numeric_limits<double>::infinity();
-    double last_ = -std::numeric_limits<double>::infinity();
-    double lowest_ = std::numeric_limits<double>::infinity();
-    double highest_ = -std::numeric_limits<double>::infinity();
-};
-
-std::string profileOf(const Measured& measured) {
-    const Profile profile(measured);
-    std::string out = fmt::format("<svg viewBox=\"0 0 {0:.0f} {1:.0f}\" width=\"{0:.0f}\" role=\"img\">\n",
-                                  mapWidth, profileHeight);
-    for (const ObjectFigures& figures : measured.byObject) {
-        out += profile.line(figures.target->points, playDelaySeconds, "class=\"told\"");
-        out += profile.line(
-            figures.object->points, 0.0,
-            fmt::format("class=\"flown\" stroke=\"hsl({},75%,62%)\"", hueOf(figures.object->tailNumber)));
-    }
-    return out + profile.scale() + "</svg>\n";
+/// Altitude over time of an object and its target. What is on the ground tells no altitude.
+std::string profileOf(const ObjectFigures& figures) {
+    const std::vector<TrackPoint>& flown = figures.object->points;
+    const auto [low, high] = std::ranges::minmax_element(flown, {}, &TrackPoint::altFt);
+    const double lowestFt = low->altFt;
+    const double highestFt = std::max(high->altFt, lowestFt + smallestRiseFt);
+    const double first = flown.front().time;
+    const double seconds = std::max(flown.back().time - first, 1.0);
+    const auto spotAt = [&](double time, double altFt) {
+        return Spot({mapMargin + (time - first) / seconds * (mapWidth - 2.0 * mapMargin),
+                     profileHeight - mapMargin -
+                         (std::max(altFt, lowestFt) - lowestFt) / (highestFt - lowestFt) *
+                             (profileHeight - 2.0 * mapMargin)});
+    };
+    const auto toldSpot = [&](const TrackPoint& point) {
+        const double time = point.time + playDelaySeconds;
+        return time >= first && time <= first + seconds && !point.onGround ? spotAt(time, point.altFt)
+                                                                           : Spot();
+    };
+    return fmt::format("<svg viewBox=\"0 0 {0:.0f} {1:.0f}\" width=\"{0:.0f}\" role=\"img\">\n", mapWidth,
+                       profileHeight) +
+           polyline(figures.target->points, toldStyle, toldSpot) +
+           polyline(flown, flownStyle(*figures.object),
+                    [&](const TrackPoint& point) { return spotAt(point.time, point.altFt); }) +
+           fmt::format("<text x=\"20\" y=\"14\">{:.0f} ft</text><text x=\"20\" y=\"{:.0f}\">{:.0f} ft, "
+                       "{:.0f} s across</text></svg>\n",
+                       highestFt, profileHeight - 4.0, lowestFt, seconds);
 }
 
 } // namespace
 
-std::string flightPageOf(const Measured& measured, const std::string& title, const std::string& figures) {
-    std::string out(head);
-    out += fmt::format("<h1>{}</h1><pre>{}</pre>\n", escaped(title), escaped(figures));
-    out += "<p>Grey: the recorded line. Coloured: what was flown, 30 seconds later.</p>\n" + mapOf(measured);
-    return out + "<h1>Altitude</h1>\n" + profileOf(measured) + "</body></html>\n";
-}
-
-std::string apronPageOf(const Measured& measured, const std::vector<DrawnStand>& stands,
-                        const std::string& title, const std::string& figures) {
+std::string pageOf(const Measured& measured, const std::string& title, const std::string& figures,
+                   const std::vector<DrawnStand>& stands) {
     std::string out(head);
     out +=
-        fmt::format("<h1>{}</h1>\n<p>Grey: the recorded lines. Coloured: what was shown, 30 seconds later. "
-                    "Blue: the stands.</p>\n",
-                    escaped(title));
-    out += mapOf(measured, stands) + "<h1>Figures</h1><pre>" + escaped(figures) + "</pre>\n";
-    return out + "<h1>Each aircraft</h1>\n" + rowsOf(measured) + "</body></html>\n";
-}
-
-std::string pageOf(const Measured& measured) {
-    std::string out(head);
-    out += "<h1>What the feed told and what was flown</h1>\n"
-           "<p>Grey: the positions that the feed sent. Coloured: the path of the object in the simulator, "
-           "30 seconds later.</p>\n";
-    out += mapOf(measured);
-    out += fmt::format("<h1>Figures</h1><pre>{}</pre>\n", escaped(tableOf(measured)));
-    out += "<h1>Each object</h1>\n" + rowsOf(measured) + "</body></html>\n";
-    return out;
+        fmt::format("<h1>{}</h1>\n<p>Grey: what the feed told. Coloured: what was flown, 30 seconds later.{}"
+                    "</p>\n",
+                    escaped(title), stands.empty() ? "" : " Blue: the stands.");
+    out += mapOf(measured, stands);
+    if (measured.byObject.size() == 1 && stands.empty()) {
+        out += "<h1>Altitude</h1>\n" + profileOf(measured.byObject.front());
+    }
+    out += fmt::format("<h1>Figures</h1><pre>{}</pre>\n", escaped(figures));
+    return out + "<h1>Each object</h1>\n" + rowsOf(measured) + "</body></html>\n";
 }
 
 } // namespace kst::tool

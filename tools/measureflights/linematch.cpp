@@ -1,10 +1,10 @@
-#include "bench/realism/linematch.h"
+#include "tools/measureflights/linematch.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-namespace kst::bench {
+namespace kst::tool {
 
 namespace {
 
@@ -23,7 +23,7 @@ constexpr double offSecondsPerUnit = 100.0;
 constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
 
 struct Candidate {
-    tool::OnLine place;
+    OnLine place;
     double cost = 0.0;       ///< of the best way here
     std::size_t from = none; ///< candidate of the moment before
 };
@@ -33,23 +33,13 @@ struct Moment {
     std::vector<Candidate> candidates;
 };
 
-std::vector<Candidate> candidatesFor(const std::vector<tool::TrackPoint>& line, const ShownPlace& shown) {
+std::vector<Candidate> candidatesFor(const std::vector<TrackPoint>& line, const ShownPlace& shown) {
     std::vector<Candidate> found;
-    const double expected = shown.at - tool::playDelaySeconds;
-    if (line.size() < 2 || expected < line.front().time || expected > line.back().time) {
-        return found;
-    }
-    auto a = std::lower_bound(line.begin(), line.end(), expected - windowS,
-                              [](const tool::TrackPoint& point, double t) { return point.time < t; });
-    a -= a == line.begin() ? 0 : 1;
     double nearest = std::numeric_limits<double>::infinity();
-    for (; a + 1 != line.end() && a->time <= expected + windowS; ++a) {
-        Candidate candidate;
-        candidate.place = tool::placeOnPiece(*a, *(a + 1), shown.position, expected);
-        candidate.cost =
-            candidate.place.distanceM / metresPerUnit + std::abs(candidate.place.lagS) / offSecondsPerUnit;
-        nearest = std::min(nearest, candidate.place.distanceM);
-        found.push_back(candidate);
+    for (const OnLine& place : placesNear(line, shown.at, shown.position, windowS)) {
+        const double cost = place.distanceM / metresPerUnit + std::abs(place.lagS) / offSecondsPerUnit;
+        found.push_back({place, cost});
+        nearest = std::min(nearest, place.distanceM);
     }
     std::erase_if(found, [&](const Candidate& candidate) {
         return candidate.place.distanceM > nearest + worthConsideringM;
@@ -57,7 +47,7 @@ std::vector<Candidate> candidatesFor(const std::vector<tool::TrackPoint>& line, 
     return found;
 }
 
-double costOfWay(const tool::OnLine& from, const tool::OnLine& to, double seconds) {
+double costOfWay(const OnLine& from, const OnLine& to, double seconds) {
     const double onLine = to.time - from.time;
     const double jump = std::abs(onLine - seconds) / jumpSecondsPerUnit;
     return onLine < 0.0 ? jump - onLine * backwardsFactor : jump;
@@ -80,9 +70,9 @@ void link(const Moment& before, Moment& now, double seconds) {
 
 } // namespace
 
-std::vector<std::optional<tool::OnLine>> placesOnLine(const std::vector<tool::TrackPoint>& line,
-                                                      const std::vector<ShownPlace>& shown) {
-    std::vector<std::optional<tool::OnLine>> places(shown.size());
+std::vector<std::optional<OnLine>> placesOnLine(const std::vector<TrackPoint>& line,
+                                                const std::vector<ShownPlace>& shown) {
+    std::vector<std::optional<OnLine>> places(shown.size());
     std::vector<Moment> moments;
     const auto finish = [&] {
         std::size_t which = none;
@@ -114,4 +104,4 @@ std::vector<std::optional<tool::OnLine>> placesOnLine(const std::vector<tool::Tr
     return places;
 }
 
-} // namespace kst::bench
+} // namespace kst::tool

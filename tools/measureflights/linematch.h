@@ -9,7 +9,7 @@
 #include <optional>
 #include <vector>
 
-namespace kst::bench {
+namespace kst::tool {
 
 /// A moment of a flight that is to be found on the line.
 struct ShownPlace {
@@ -20,7 +20,7 @@ struct ShownPlace {
 
 /// The places on the line that together lie nearest to the flight while time on the line runs on as it does
 /// for the flight. Nothing for moments that the line does not reach 30 s earlier. Both in order of time.
-std::vector<std::optional<tool::OnLine>> placesOnLine(const std::vector<tool::TrackPoint>& line,
-                                                      const std::vector<ShownPlace>& shown);
+std::vector<std::optional<OnLine>> placesOnLine(const std::vector<TrackPoint>& line,
+                                                const std::vector<ShownPlace>& shown);
 
-} // namespace kst::bench
+} // namespace kst::tool

@@ -11,7 +11,7 @@
 
 namespace kst::bench {
 
-class TimedReplay {
+class IdealReplay {
 public:
     /// Starts anew: at this place now, and at the track's first point when that is due.
     void start(LatLon here, const std::vector<TrackPoint>& track, std::int32_t now);

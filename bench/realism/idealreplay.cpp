@@ -1,4 +1,4 @@
-#include "bench/realism/timedreplay.h"
+#include "bench/realism/idealreplay.h"
 
 #include "core/geodesy.h"
 
@@ -15,7 +15,7 @@ constexpr double longestTicks = 3600.0 * ticksPerSecond;
 
 } // namespace
 
-void TimedReplay::start(LatLon here, const std::vector<TrackPoint>& track, std::int32_t now) {
+void IdealReplay::start(LatLon here, const std::vector<TrackPoint>& track, std::int32_t now) {
     coming_.assign(track.begin(), track.end());
     started_ = !track.empty();
     waiting_ = false;
@@ -28,7 +28,7 @@ void TimedReplay::start(LatLon here, const std::vector<TrackPoint>& track, std::
     }
 }
 
-void TimedReplay::pass(std::int32_t now, std::int32_t maxLeadTicks, std::int32_t maxLagTicks) {
+void IdealReplay::pass(std::int32_t now, std::int32_t maxLeadTicks, std::int32_t maxLagTicks) {
     if (!started_) {
         return;
     }
@@ -43,7 +43,7 @@ void TimedReplay::pass(std::int32_t now, std::int32_t maxLeadTicks, std::int32_t
     }
 }
 
-void TimedReplay::beginLeg(std::int32_t now, std::int32_t maxLeadTicks, std::int32_t maxLagTicks) {
+void IdealReplay::beginLeg(std::int32_t now, std::int32_t maxLeadTicks, std::int32_t maxLagTicks) {
     const TrackPoint to = coming_.front();
     coming_.pop_front();
     std::int32_t ticks = to.dueTick - now;
@@ -64,7 +64,7 @@ void TimedReplay::beginLeg(std::int32_t now, std::int32_t maxLeadTicks, std::int
     aim(to, now);
 }
 
-void TimedReplay::aim(const TrackPoint& to, std::int32_t now) {
+void IdealReplay::aim(const TrackPoint& to, std::int32_t now) {
     const double ticks = std::max(due_ - now, fewestTicks);
     dLat_ = (to.lat - here_.lat) / ticks;
     dLon_ = wrapLongitude(to.lon - here_.lon) / ticks;
