@@ -2,39 +2,23 @@
 
 #include "catalogue/addonpackages.h"
 #include "core/files.h"
+#include "fuzz/support/fuzzing.h"
 
-#include <cstdlib>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size < 2) {
-        return 0;
-    }
-    const std::string_view content(reinterpret_cast<const char*>(data + 2), size - 2);
+void fuzz(std::string_view input) {
     constexpr kst::TextEncoding encodings[] = {kst::TextEncoding::NoMark, kst::TextEncoding::Unicode,
                                                kst::TextEncoding::Unicode_big_endian,
                                                kst::TextEncoding::UTF8_with_BOM};
-    std::vector<std::string> lines;
+    const unsigned file = takeChoice(input) % 3;
+    const auto encoding = encodings[takeChoice(input) % std::size(encodings)];
     try {
-        lines = kst::decodeTextLines(content, encodings[data[1] % std::size(encodings)]);
+        const auto lines = kst::decodeTextLines(input, encoding);
+        const auto folders = file == 0   ? kst::packagesOfAddOns(lines)
+                             : file == 1 ? kst::foldersOfPackage(lines)
+                                         : kst::foldersOfSimObjects(lines);
+        require(folders.size() <= lines.size());
     } catch (const std::runtime_error&) {
-        return 0;
+        // UTF-16 that is none.
     }
-    std::vector<std::string> folders;
-    switch (data[0] % 3) {
-    case 0:
-        folders = kst::packagesOfAddOns(lines);
-        break;
-    case 1:
-        folders = kst::foldersOfPackage(lines);
-        break;
-    default:
-        folders = kst::foldersOfSimObjects(lines);
-    }
-    if (folders.size() > lines.size()) {
-        std::abort();
-    }
-    return 0;
 }

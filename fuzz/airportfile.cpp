@@ -1,20 +1,13 @@
 // The content of an airport parking file: from the download server, from scenery, or edited by hand.
 
 #include "core/files.h"
+#include "fuzz/support/fuzzing.h"
 #include "parking/parkposxml.h"
 #include "parking/stands.h"
 
-#include <cstdint>
-#include <cstdlib>
 #include <stdexcept>
 
 namespace {
-
-void require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
 
 std::string written(const std::vector<kst::ParkPos>& stands) {
     pugi::xml_document document;
@@ -26,7 +19,7 @@ std::string written(const std::vector<kst::ParkPos>& stands) {
 }
 
 /// Whether the stands could be read.
-bool read(const std::string& content, std::vector<kst::ParkPos>& stands) {
+bool read(std::string_view content, std::vector<kst::ParkPos>& stands) {
     pugi::xml_document document;
     if (!document.load_buffer(content.data(), content.size())) {
         return false;
@@ -41,10 +34,10 @@ bool read(const std::string& content, std::vector<kst::ParkPos>& stands) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void fuzz(std::string_view input) {
     std::vector<kst::ParkPos> stands;
-    if (!read({reinterpret_cast<const char*>(data), size}, stands)) {
-        return 0;
+    if (!read(input, stands)) {
+        return;
     }
     kst::numberStands(stands);
     for (const kst::ParkPos& stand : stands) {
@@ -55,7 +48,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // What a save writes, a load takes, and a second save writes again.
     const std::string saved = written(stands);
     std::vector<kst::ParkPos> again;
-    require(read(saved, again));
-    require(written(again) == saved);
-    return 0;
+    require(read(saved, again) && written(again) == saved);
 }

@@ -5,23 +5,16 @@
 #include "feed/feedqueue.h"
 #include "feed/readers.h"
 #include "feed/trafficreader.h"
+#include "fuzz/support/fuzzing.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace {
 
 using namespace kst;
-
-void require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
 
 enum State : unsigned {
     remoteFeed = 1,
@@ -94,27 +87,22 @@ void check(const FeedMessage& message, std::string_view line) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size == 0) {
-        return 0;
-    }
+void fuzz(std::string_view input) {
     resetFeedQueue();
-    setState(data[0]);
-    const std::size_t length = std::min(size - 1, FeedReader::bufferSize);
+    setState(takeChoice(input));
+    input = input.substr(0, FeedReader::bufferSize);
     // From another PC each datagram comes twice.
     const int times = trafficReader.localFeed ? 1 : 2;
     for (int i = 0; i < times; ++i) {
-        std::copy_n(data + 1, length, trafficReader.buffer.begin());
-        trafficReader.handleDatagram(length);
+        std::ranges::copy(input, trafficReader.buffer.begin());
+        trafficReader.handleDatagram(input.size());
     }
-    const std::string_view bytes(reinterpret_cast<const char*>(data + 1), length);
     std::vector<FeedMessage> taken;
     require(takeFeedMessages(taken, 10) <= 1);
     for (const FeedMessage& message : taken) {
-        check(message, bytes.substr(0, bytes.find('\0')));
+        check(message, input.substr(0, input.find('\0')));
     }
     for (const auto& [position, callsign] : seenTargets()) {
         require(std::isfinite(position.lat) && std::isfinite(position.lon) && !callsign.empty());
     }
-    return 0;
 }

@@ -3,23 +3,12 @@
 #include "core/parameters.h"
 #include "core/files.h"
 #include "core/parameterfile.h"
+#include "fuzz/support/fuzzing.h"
 
-#include <cstdlib>
-
-namespace {
-
-void require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
-
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void fuzz(std::string_view input) {
     pugi::xml_document document;
-    if (!kst::parseParameters({reinterpret_cast<const char*>(data), size}, document)) {
-        return 0;
+    if (!kst::parseParameters(input, document)) {
+        return;
     }
     kst::takeParameters(document);
     require(kst::LATERAL_RANGE >= 2 && kst::LATERAL_RANGE <= 100);
@@ -32,5 +21,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(kst::parseParameters(kst::xmlText(document), written));
     require(!kst::takeParameters(written));
     require(kst::PORT_NUMBER.get() == port && kst::MAX_FIT_FL == fit);
-    return 0;
 }

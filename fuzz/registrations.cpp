@@ -2,32 +2,24 @@
 
 #include "catalogue/regcodefiles.h"
 #include "core/files.h"
+#include "fuzz/support/fuzzing.h"
 #include "model/liverydata.h"
 
-#include <cstdlib>
 #include <stdexcept>
-#include <string_view>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size == 0) {
-        return 0;
-    }
-    const auto encoding = static_cast<kst::TextEncoding>(data[0] % 4);
-    const std::string_view text(reinterpret_cast<const char*>(data) + 1, size - 1);
+void fuzz(std::string_view input) {
+    const auto encoding = static_cast<kst::TextEncoding>(takeChoice(input) % 4);
     std::vector<kst::RegcodeEntry> entries;
     try {
-        for (const std::string& line : kst::decodeTextLines(text, encoding)) {
+        for (const std::string& line : kst::decodeTextLines(input, encoding)) {
             kst::readRegcodeLine(line, "fuzz", entries);
         }
     } catch (const std::runtime_error&) {
-        return 0; // UTF-16 that is none
+        return; // UTF-16 that is none
     }
     for (const kst::RegcodeEntry& entry : entries) {
         for (const std::string& regcode : entry.regcodes) {
-            if (regcode.empty() || regcode.size() > kst::longestRegcode) {
-                std::abort();
-            }
+            require(!regcode.empty() && regcode.size() <= kst::longestRegcode);
         }
     }
-    return 0;
 }

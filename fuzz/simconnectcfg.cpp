@@ -1,8 +1,7 @@
 // The text of a SimConnect.cfg. The first byte is the configuration index that is asked for.
 
+#include "fuzz/support/fuzzing.h"
 #include "simlink/simconnectconfig.h"
-
-#include <cstdlib>
 
 namespace {
 
@@ -17,21 +16,13 @@ bool same(const kst::SimConnectConfig& a, const kst::SimConnectConfig& b) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size == 0) {
-        return 0;
-    }
-    const std::string_view text(reinterpret_cast<const char*>(data + 1), size - 1);
-    const std::uint32_t index = data[0];
+void fuzz(std::string_view input) {
+    const unsigned index = takeChoice(input);
     const kst::SimConnectConfig defaults;
     kst::SimConnectConfig once;
-    kst::applySimConnectText(text, index, portOf, once);
+    kst::applySimConnectText(input, index, portOf, once);
     kst::SimConnectConfig twice = once;
-    kst::applySimConnectText(text, index, portOf, twice);
-    const bool sound = once.maxReceiveSize >= defaults.maxReceiveSize && once.maxReceiveSize <= 0x7FFFFFFFU &&
-                       same(once, twice) && (kst::hasSimConnectSection(text, index) || same(once, defaults));
-    if (!sound) {
-        std::abort();
-    }
-    return 0;
+    kst::applySimConnectText(input, index, portOf, twice);
+    require(once.maxReceiveSize >= defaults.maxReceiveSize && once.maxReceiveSize <= 0x7FFFFFFFU);
+    require(same(once, twice) && (kst::hasSimConnectSection(input, index) || same(once, defaults)));
 }

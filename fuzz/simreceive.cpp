@@ -3,13 +3,14 @@
 
 #include "core/exceptions.h"
 #include "core/runstate.h"
+#include "fuzz/support/fuzzing.h"
 #include "simlink/framing.h"
 #include "simlink/objectcommands.h"
 #include "simlink/session.h"
 #include "simlink/sessionstate.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <span>
 #include <vector>
 
 namespace {
@@ -50,16 +51,12 @@ void dispatch(const std::vector<std::byte>& packet) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size == 0) {
-        return 0;
-    }
-    const std::span stream(reinterpret_cast<const std::byte*>(data + 1), size - 1);
+void fuzz(std::string_view input) {
+    const std::size_t pieceLength = takeChoice(input) + 1;
+    const auto stream = std::as_bytes(std::span(input));
     Packets whole;
     Packets split;
-    if (cut(stream, stream.size(), whole) != cut(stream, std::size_t{data[0]} + 1, split) || whole != split) {
-        std::abort();
-    }
+    require(cut(stream, stream.size(), whole) == cut(stream, pieceLength, split) && whole == split);
     timeFollowing = true;
     for (const auto& packet : whole) {
         dispatch(packet);
@@ -68,5 +65,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     takeSimCommands(answers);
     exitRequested = false;
     resetSimSession();
-    return 0;
 }

@@ -1,20 +1,13 @@
 // A client's byte stream to the stand-in simulator, whatever it holds.
 
+#include "fuzz/support/fuzzing.h"
 #include "standins/simulator/session.h"
 
 #include <cmath>
-#include <cstdint>
-#include <cstdlib>
 
 namespace {
 
 using namespace kst::standin;
-
-void require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
 
 Bytes openPacket() {
     PacketWriter packet;
@@ -26,12 +19,12 @@ Bytes openPacket() {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void fuzz(std::string_view input) {
     World world;
     {
         Session session(world);
         session.receive(openPacket());
-        session.receive({data, size});
+        session.receive(Bytes(input.begin(), input.end()));
         world.frame(0.05);
         world.second();
         for (Bytes packet; session.take(packet);) {
@@ -44,5 +37,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         }
     }
     require(world.objects().empty());
-    return 0;
 }
