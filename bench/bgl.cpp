@@ -2,47 +2,20 @@
 // opening them and reading their first bytes; and the decoding of airports, beside reading the same file into
 // memory. The counters "of floor" are the ratios, measured in the same run.
 
+#include "bench/support/besidefloor.h"
 #include "scanner/bglfile.h"
 #include "tools/bglscenery/bglwriter.h"
 #include "tools/bglscenery/sceneryset.h"
 
 #include <array>
-#include <chrono>
-#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
-
-#include <benchmark/benchmark.h>
 
 namespace {
 
 namespace fs = std::filesystem;
 using namespace kst;
-
-/// A folder for the files of one benchmark, gone at its end.
-class WorkFolder {
-public:
-    WorkFolder() : path_(fs::temp_directory_path() / "kestrane-bench-bgl") { fs::create_directories(path_); }
-    ~WorkFolder() { fs::remove_all(path_); }
-    WorkFolder(const WorkFolder&) = delete;
-    WorkFolder& operator=(const WorkFolder&) = delete;
-
-    fs::path write(const std::string& name, const std::string& content) const {
-        std::ofstream(path_ / name, std::ios::binary) << content;
-        return path_ / name;
-    }
-
-private:
-    fs::path path_;
-};
-
-template <class Work>
-double seconds(Work work) {
-    const auto begin = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-}
 
 bool readFirstBytes(const fs::path& path) {
     std::ifstream file;
@@ -56,18 +29,19 @@ bool readFirstBytes(const fs::path& path) {
 void filesWithoutAirports(benchmark::State& state) {
     constexpr std::size_t count = 20000;
     constexpr std::size_t batch = 500;
-    const WorkFolder folder;
+    const WorkFolder folder("bgl");
     std::vector<fs::path> files;
     for (std::size_t i = 0; i < count; ++i) {
         const auto file = scenery::plainFile(1 + static_cast<unsigned>(i % 8));
-        files.push_back(folder.write("plain" + std::to_string(i) + ".bgl", scenery::bglBytes(file)));
+        files.emplace_back("plain" + std::to_string(i) + ".bgl");
+        std::ofstream(files.back(), std::ios::binary) << scenery::bglBytes(file);
     }
-    double headTime = 0.0;
-    double floorTime = 0.0;
+    BesideFloor times(state);
     std::size_t found = 0;
     std::size_t turn = 0;
     for (auto _ : state) {
         double taken = 0.0;
+        double floor = 0.0;
         for (std::size_t first = 0; first < count; first += batch) {
             const auto look = [&] {
                 for (std::size_t i = first; i < first + batch; ++i) {
@@ -81,19 +55,18 @@ void filesWithoutAirports(benchmark::State& state) {
             };
             // Whoever comes second finds the files in the processor's caches.
             if (turn++ % 2 == 0) {
-                taken += seconds(look);
-                floorTime += seconds(readOnly);
+                taken += wallSeconds(look);
+                floor += wallSeconds(readOnly);
             } else {
-                floorTime += seconds(readOnly);
-                taken += seconds(look);
+                floor += wallSeconds(readOnly);
+                taken += wallSeconds(look);
             }
         }
-        headTime += taken;
-        state.SetIterationTime(taken);
+        times.add(taken, floor);
     }
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(count));
     state.counters["found"] = static_cast<double>(found);
-    state.counters["of floor"] = headTime / floorTime;
+    times.report("ms", 1e3);
 }
 BENCHMARK(filesWithoutAirports)->UseManualTime()->Unit(benchmark::kMillisecond);
 
@@ -120,26 +93,24 @@ std::size_t readWhole(const fs::path& path, std::vector<std::byte>& content) {
 }
 
 void decode(benchmark::State& state, const scenery::File& file) {
-    const WorkFolder folder;
+    const WorkFolder folder("bgl");
     const std::string bytes = scenery::bglBytes(file);
-    const fs::path path = folder.write("airports.bgl", bytes);
+    const fs::path path = folder.path() / "airports.bgl";
+    std::ofstream(path, std::ios::binary) << bytes;
     std::vector<std::byte> content(bytes.size());
     std::size_t stands = 0;
     BglOutput output;
     output.begun = [](AirportFile&) {};
     output.done = [&](AirportFile& airport) { stands += airport.stands.size(); };
     output.report = [](std::string_view) {};
-    double decodeTime = 0.0;
-    double readTime = 0.0;
+    BesideFloor times(state);
     for (auto _ : state) {
-        readTime += seconds([&] { benchmark::DoNotOptimize(readWhole(path, content)); });
-        const double taken = seconds([&] { decodeBgl(BglWords(content), "airports.bgl", output); });
-        decodeTime += taken;
-        state.SetIterationTime(taken);
+        const double floor = wallSeconds([&] { benchmark::DoNotOptimize(readWhole(path, content)); });
+        times.add(wallSeconds([&] { decodeBgl(BglWords(content), "airports.bgl", output); }), floor);
     }
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes.size()));
     state.counters["stands"] = static_cast<double>(stands) / static_cast<double>(state.iterations());
-    state.counters["of floor"] = decodeTime / readTime;
+    times.report("ms", 1e3);
 }
 
 void manyAirports(benchmark::State& state) {

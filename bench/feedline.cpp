@@ -2,7 +2,7 @@
 // converting its eight numbers, nothing else. The counter "of floor" is the ratio of the two, measured in the
 // same run.
 
-#include "core/display.h"
+#include "bench/support/besidefloor.h"
 #include "core/log.h"
 #include "core/runstate.h"
 #include "feed/feedqueue.h"
@@ -11,41 +11,25 @@
 
 #include <array>
 #include <charconv>
-#include <chrono>
-#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include <benchmark/benchmark.h>
+#include <fmt/format.h>
 
 namespace {
 
 using namespace kst;
 
-constexpr std::string_view acceptedLine =
-    "RTTFC,11259137,47.166612,8.012345,12000,-640,0,271.50,310.4,SWR8AB,A320,HB-IJD,LSZH,EGLL,1700000000.5,"
-    "X2,"
-    "SWR8AB,adsb_mlat,0,310,355,0.62,0,-4.50,260,270.25,0,1013,A3,0,0,0,0,120,8000,12032,1013,";
-constexpr std::string_view farLine =
-    "RTTFC,11259137,51.469312,-0.461545,12000,-640,0,271.50,310.4,SWR8AB,A320,HB-IJD,LSZH,EGLL,1700000000.5,"
-    "X2,"
-    "SWR8AB,adsb_mlat,0,310,355,0.62,0,-4.50,260,270.25,0,1013,A3,0,0,0,0,120,8000,12032,1013,";
-// Near in latitude and longitude, yet just beyond the range.
-constexpr std::string_view cornerLine =
-    "RTTFC,11259137,47.5412,8.8045,12000,-640,0,271.50,310.4,SWR8AB,A320,HB-IJD,LSZH,EGLL,1700000000.5,X2,"
-    "SWR8AB,adsb_mlat,0,310,355,0.62,0,-4.50,260,270.25,0,1013,A3,0,0,0,0,120,8000,12032,1013,";
-constexpr std::string_view malformedLine =
-    "RTTFC,11259137,47.166612,8.012345,12000,-640,0,271.50,fast,SWR8AB,A320,HB-IJD,LSZH,EGLL,1700000000.5,X2,"
-    "SWR8AB,adsb_mlat,0,310,355,0.62,0,-4.50,260,270.25,0,1013,A3,0,0,0,0,120,8000,12032,1013,";
+/// A line of an aircraft there at such a speed.
+std::string lineOf(std::string_view place, std::string_view speed = "310.4") {
+    return fmt::format(
+        "RTTFC,11259137,{},12000,-640,0,271.50,{},SWR8AB,A320,HB-IJD,LSZH,EGLL,1700000000.5,X2,"
+        "SWR8AB,adsb_mlat,0,310,355,0.62,0,-4.50,260,270.25,0,1013,A3,0,0,0,0,120,8000,12032,1013,",
+        place, speed);
+}
 
 constexpr std::array<std::size_t, 8> numberFields = {2, 3, 4, 5, 7, 8, 14, 20};
-
-double convert(std::string_view text) {
-    double number = 0.0;
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
-}
 
 double floorOf(std::string_view line, std::vector<std::string_view>& fields) {
     fields.clear();
@@ -58,7 +42,9 @@ double floorOf(std::string_view line, std::vector<std::string_view>& fields) {
     }
     double sum = 0.0;
     for (const std::size_t index : numberFields) {
-        sum += convert(fields[index]);
+        double number = 0.0;
+        std::from_chars(fields[index].data(), fields[index].data() + fields[index].size(), number);
+        sum += number;
     }
     return sum;
 }
@@ -71,57 +57,45 @@ void prepare() {
     setFeedOpen(true);
 }
 
-template <class Work>
-double nanosecondsPerLine(int lines, Work work) {
-    const auto begin = std::chrono::steady_clock::now();
-    for (int i = 0; i < lines; ++i) {
-        work();
-    }
-    const std::chrono::duration<double, std::nano> taken = std::chrono::steady_clock::now() - begin;
-    return taken.count() / lines;
-}
-
 // Both sides run in turn, in batches, so that a change of the machine's speed meets both. The worker's side,
 // which takes the records, is not part of the time.
-void processLine(benchmark::State& state, std::string_view line) {
+void processLine(benchmark::State& state, const std::string& line) {
     prepare();
     constexpr int batch = 500;
     std::vector<std::string_view> fields;
     std::vector<FeedMessage> taken;
-    double lineNs = 0.0;
-    double floorNs = 0.0;
+    BesideFloor times(state);
+    const auto batchSeconds = [](auto&& work) {
+        return wallSeconds([&] {
+            for (int i = 0; i < batch; ++i) {
+                work();
+            }
+        });
+    };
     trafficReader.line = line.data();
     trafficReader.lineLength = line.size();
     for (auto _ : state) {
-        const double ns = nanosecondsPerLine(batch, [] { trafficReader.processLine(); });
+        const double seconds = batchSeconds([] { trafficReader.processLine(); });
         takeFeedMessages(taken, batch);
-        lineNs += ns;
-        floorNs += nanosecondsPerLine(batch, [&] { benchmark::DoNotOptimize(floorOf(line, fields)); });
-        state.SetIterationTime(ns * batch * 1e-9);
+        times.add(seconds, batchSeconds([&] { benchmark::DoNotOptimize(floorOf(line, fields)); }));
     }
     state.SetItemsProcessed(state.iterations() * batch);
-    state.counters["line ns"] = lineNs / static_cast<double>(state.iterations());
-    state.counters["floor ns"] = floorNs / static_cast<double>(state.iterations());
-    state.counters["of floor"] = lineNs / floorNs;
+    times.report("ns", 1e9, batch);
     resetFeedQueue();
 }
 
-BENCHMARK_CAPTURE(processLine, accepted, acceptedLine)->UseManualTime();
-BENCHMARK_CAPTURE(processLine, outOfRange, farLine)->UseManualTime();
-BENCHMARK_CAPTURE(processLine, justOutOfRange, cornerLine)->UseManualTime();
+constexpr const char* near = "47.166612,8.012345";
+BENCHMARK_CAPTURE(processLine, accepted, lineOf(near))->UseManualTime();
+BENCHMARK_CAPTURE(processLine, outOfRange, lineOf("51.469312,-0.461545"))->UseManualTime();
+// Near in latitude and longitude, yet just beyond the range.
+BENCHMARK_CAPTURE(processLine, justOutOfRange, lineOf("47.5412,8.8045"))->UseManualTime();
 
 // With the log open, as in a real run: nearly all of a flood's lines are counted there instead of written.
 void processMalformed(benchmark::State& state) {
-    namespace fs = std::filesystem;
-    const fs::path before = fs::current_path();
-    const fs::path folder = fs::temp_directory_path() / "kestrane-bench-feedline";
-    fs::create_directories(folder);
-    fs::current_path(folder);
+    const WorkFolder folder("feedline");
     openLog();
-    processLine(state, malformedLine);
+    processLine(state, lineOf(near, "fast"));
     closeLog();
-    fs::current_path(before);
-    fs::remove_all(folder);
 }
 BENCHMARK(processMalformed)->UseManualTime();
 

@@ -3,6 +3,7 @@
 // of the two, measured in turn in the same run. Before it is timed, the scan's result is held against what
 // the maker of the installation expects. KST_BENCH_FILES makes another size.
 
+#include "bench/support/besidefloor.h"
 #include "catalogue/referencereader.h"
 #include "catalogue/scan.h"
 #include "catalogue/scanfolder.h"
@@ -15,14 +16,8 @@
 #include "tools/makeinstallation/installation.h"
 
 #include <algorithm>
-#include <atomic>
-#include <chrono>
-#include <filesystem>
-#include <iostream>
 #include <string>
 #include <vector>
-
-#include <benchmark/benchmark.h>
 
 namespace {
 
@@ -38,21 +33,16 @@ std::size_t fileCount() {
 
 /// The installation, in a folder of its own that goes at the end.
 struct Installation {
-    Installation() : folder(fs::temp_directory_path() / "kestrane-bench-liveryscan") {
-        fs::remove_all(folder);
-        expected = made::makeInstallation(folder / "made", fileCount(), sections);
+    Installation() : expected(made::makeInstallation(place, fileCount(), sections)) {
         pugi::xml_document document;
         made::addReferenceFacts(document);
         data::convertCodes(document, data::Direction::Scramble);
         readReferenceDocument(document, "made", referenceTables());
         dontUseTitles.insert(expected.unwantedTitles.begin(), expected.unwantedTitles.end());
     }
-    ~Installation() {
-        std::error_code ignored;
-        fs::remove_all(folder, ignored);
-    }
 
-    fs::path folder;
+    WorkFolder folder{"liveryscan"};
+    fs::path place = folder.path() / "made";
     made::Expectation expected;
 };
 
@@ -63,7 +53,7 @@ Installation& installation() {
 
 void scan(ScanState& state) {
     scannedLiveries.clear();
-    lf_searchLiveriesinFolder(1, installation().folder / "made", state);
+    lf_searchLiveriesinFolder(1, installation().place, state);
 }
 
 bool resultIsRight() {
@@ -104,8 +94,7 @@ bool isConfigFile(const fs::path& path) {
 std::size_t walkAndRead() {
     std::size_t bytes = 0;
     OrderedTasks<std::size_t> tasks(scanThreadCount());
-    for (const fs::directory_entry& entry :
-         fs::recursive_directory_iterator(installation().folder / "made")) {
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(installation().place)) {
         if (entry.is_regular_file() && isConfigFile(entry.path())) {
             tasks.add([path = entry.path()] {
                 std::string content;
@@ -120,35 +109,23 @@ std::size_t walkAndRead() {
     return bytes;
 }
 
-template <class Work>
-double seconds(Work work) {
-    const auto begin = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-}
-
 void liveryScan(benchmark::State& state) {
     if (!resultIsRight()) {
         state.SkipWithError("the scan found or reported something else than was made");
         return;
     }
     std::size_t bytes = walkAndRead();
-    double scanTime = 0.0;
-    double floorTime = 0.0;
+    BesideFloor times(state);
     for (auto _ : state) {
         ScanState scanState;
-        const double time = seconds([&] { scan(scanState); });
-        scanTime += time;
-        floorTime += seconds([&] { bytes = walkAndRead(); });
-        state.SetIterationTime(time);
+        const double time = wallSeconds([&] { scan(scanState); });
+        times.add(time, wallSeconds([&] { bytes = walkAndRead(); }));
     }
-    const auto& expected = installation().expected;
-    state.counters["files/s"] =
-        static_cast<double>(expected.files) * static_cast<double>(state.iterations()) / scanTime;
+    times.report("ms", 1e3);
+    state.counters["files/s"] = static_cast<double>(installation().expected.files) *
+                                static_cast<double>(state.iterations()) / times.work();
     state.counters["MB read"] = static_cast<double>(bytes) * 1e-6;
     state.counters["liveries"] = static_cast<double>(scannedLiveries.size());
-    state.counters["floor ms"] = floorTime * 1e3 / static_cast<double>(state.iterations());
-    state.counters["of floor"] = scanTime / floorTime;
 }
 BENCHMARK(liveryScan)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(3.0);
 

@@ -2,16 +2,13 @@
 // 1 % of a core at one change a second ("% of a core"). Beside it the floor, measured in the same run: the
 // same repaint when all that is drawn is the band's background.
 
+#include "bench/support/besidefloor.h"
 #include "core/display.h"
 #include "platform/ui.h"
 #include "window/layout.h"
 #include "window/painting.h"
 
-#include <chrono>
-#include <ctime>
 #include <memory>
-
-#include <benchmark/benchmark.h>
 
 namespace {
 
@@ -76,10 +73,6 @@ std::unique_ptr<platform::Window> makeWindow(Owner& owner) {
     return window;
 }
 
-double processorSeconds() {
-    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
-}
-
 void repaint(benchmark::State& state, Band band) {
     static const auto toolkit = platform::startToolkit();
     Owner owner;
@@ -93,25 +86,17 @@ void repaint(benchmark::State& state, Band band) {
         platform::runMessageLoop();
     };
     change();
-    double seconds = 0.0;
-    double floorSeconds = 0.0;
+    BesideFloor times(state);
     owner.paints = 0;
     for (auto _ : state) {
-        double before = processorSeconds();
-        change();
-        const double taken = processorSeconds() - before;
-        seconds += taken;
+        const double taken = processorSeconds(change);
         owner.bare = true;
-        before = processorSeconds();
-        change();
-        floorSeconds += processorSeconds() - before;
+        times.add(taken, processorSeconds(change));
         owner.bare = false;
-        state.SetIterationTime(taken);
     }
+    times.report("us", 1e6);
     const auto rounds = static_cast<double>(state.iterations());
-    state.counters["% of a core"] = 100.0 * seconds / rounds;
-    state.counters["floor us"] = 1e6 * floorSeconds / rounds;
-    state.counters["of floor"] = seconds / floorSeconds;
+    state.counters["% of a core"] = 100.0 * times.work() / rounds;
     state.counters["paints"] = owner.paints / rounds / 2.0;
 }
 

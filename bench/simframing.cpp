@@ -2,7 +2,7 @@
 // stream holds the replies of an aircraft scan, 96 bytes each, and arrives in reads as a socket gives them.
 // The counter "of floor" is the ratio of the times, measured in the same run.
 
-#include "core/clock.h"
+#include "bench/support/besidefloor.h"
 #include "simlink/framing.h"
 #include "simlink/objectcommands.h"
 #include "simlink/session.h"
@@ -13,8 +13,6 @@
 #include <cstring>
 #include <memory>
 #include <vector>
-
-#include <benchmark/benchmark.h>
 
 namespace {
 
@@ -45,18 +43,30 @@ const std::vector<std::byte>& scanReplies() {
     return stream;
 }
 
+/// Copies the stream into a framing in reads of the size it has room for.
+template <typename Received>
+void pour(PacketFraming& framing, const std::vector<std::byte>& stream, Received received) {
+    for (std::size_t at = 0; at < stream.size();) {
+        const std::span<std::byte> space = framing.freeSpace();
+        const std::size_t count = std::min(space.size(), stream.size() - at);
+        std::memcpy(space.data(), stream.data() + at, count);
+        at += count;
+        received(count);
+    }
+}
+
+void copy(const std::vector<std::byte>& stream, std::vector<std::byte>& target) {
+    std::memcpy(target.data(), stream.data(), stream.size());
+    benchmark::DoNotOptimize(target.data());
+    benchmark::ClobberMemory();
+}
+
 /// A connection whose reads are copies out of the stream.
 class CopyTransport : public SimTransport {
 public:
     using SimTransport::SimTransport;
     void receive(const std::vector<std::byte>& stream) {
-        for (std::size_t at = 0; at < stream.size();) {
-            const std::span<std::byte> space = framing_.freeSpace();
-            const std::size_t count = std::min(space.size(), stream.size() - at);
-            std::memcpy(space.data(), stream.data() + at, count);
-            at += count;
-            onReceived(count);
-        }
+        pour(framing_, stream, [this](std::size_t count) { onReceived(count); });
     }
 
 private:
@@ -85,23 +95,21 @@ double floorNs() {
     const auto& stream = scanReplies();
     std::vector<std::byte> target(stream.size());
     constexpr int rounds = 2000;
-    const auto begin = monotonicNow();
-    for (int i = 0; i < rounds; ++i) {
-        std::memcpy(target.data(), stream.data(), stream.size());
-        benchmark::DoNotOptimize(target.data());
-        benchmark::ClobberMemory();
-    }
-    return static_cast<double>((monotonicNow() - begin).count()) / rounds;
+    return 1e9 / rounds * wallSeconds([&] {
+               for (int i = 0; i < rounds; ++i) {
+                   copy(stream, target);
+               }
+           });
 }
 
 template <typename Round>
 void measure(benchmark::State& state, Round round) {
-    const auto begin = monotonicNow();
-    for (auto _ : state) {
-        round();
-    }
-    const double ns =
-        static_cast<double>((monotonicNow() - begin).count()) / static_cast<double>(state.iterations());
+    const double seconds = wallSeconds([&] {
+        for (auto _ : state) {
+            round();
+        }
+    });
+    const double ns = seconds * 1e9 / static_cast<double>(state.iterations());
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * scanReplies().size()));
     state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * messageCount));
     state.counters["of floor"] = ns / floorNs();
@@ -109,29 +117,19 @@ void measure(benchmark::State& state, Round round) {
 
 void copyOnly(benchmark::State& state) {
     std::vector<std::byte> target(scanReplies().size());
-    measure(state, [&] {
-        std::memcpy(target.data(), scanReplies().data(), target.size());
-        benchmark::DoNotOptimize(target.data());
-        benchmark::ClobberMemory();
-    });
+    measure(state, [&] { copy(scanReplies(), target); });
 }
 BENCHMARK(copyOnly);
 
 void framing(benchmark::State& state) {
     PacketFraming cutter(41088);
-    const auto& stream = scanReplies();
     measure(state, [&] {
-        for (std::size_t at = 0; at < stream.size();) {
-            const std::span<std::byte> space = cutter.freeSpace();
-            const std::size_t count = std::min(space.size(), stream.size() - at);
-            std::memcpy(space.data(), stream.data() + at, count);
-            at += count;
+        pour(cutter, scanReplies(), [&](std::size_t count) {
             cutter.advance(count);
-            std::span<const std::byte> packet;
-            while (cutter.next(packet)) {
+            for (std::span<const std::byte> packet; cutter.next(packet);) {
                 benchmark::DoNotOptimize(packet.data());
             }
-        }
+        });
     });
 }
 BENCHMARK(framing);
