@@ -13,53 +13,36 @@
 #include <algorithm>
 #include <thread>
 
-#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 namespace kst::test {
 namespace {
 
-std::uint64_t waitingRequests(WorkerRequest::Kind kind) {
-    std::vector<WorkerRequest> requests;
-    takeWorkerRequests(requests);
-    return static_cast<std::uint64_t>(
-        std::count_if(requests.begin(), requests.end(), [&](const auto& r) { return r.kind == kind; }));
-}
-
 TEST(SessionSetup, DeclaresEventsAndDataInOrder) {
     SimScene scene;
     scene.open(true);
-    ASSERT_FALSE(scene.sent.empty());
-    EXPECT_EQ(operationOf(scene.sent.front()), 0x01U);
-    std::vector<std::string> declared;
-    for (std::size_t i = 1; i < scene.sent.size(); ++i) {
-        const Packet& packet = scene.sent[i];
-        const std::uint32_t operation = operationOf(packet);
-        const std::uint32_t id = fieldOf(packet, 16);
-        if (operation == 0x0C) {
-            declared.push_back(fmt::format("{} {} {}|{}|{}", operation, id, textOf(packet, 20),
-                                           textOf(packet, 276), fieldOf(packet, 532)));
-            EXPECT_EQ(fieldOf(packet, 536), 0U) << "epsilon";
-            EXPECT_EQ(fieldOf(packet, 540), 0xFFFFFFFFU) << "datum id";
-        } else if (operation == 0x07) {
-            declared.push_back(fmt::format("{} {} {}", operation, id, fieldOf(packet, 20)));
-            EXPECT_EQ(fieldOf(packet, 24), 1U) << "maskable";
-        } else if (operation == 0x09) {
-            declared.push_back(fmt::format("{} {} {}", operation, id, fieldOf(packet, 20)));
-        } else {
-            declared.push_back(fmt::format("{} {} {}||0", operation, id, textOf(packet, 20)));
-        }
-    }
-    std::vector<std::string> expected;
+    std::vector<Packet> expected;
+    const auto expect = [&](std::uint32_t operation, PacketFields body) {
+        const auto sendId = static_cast<std::uint32_t>(expected.size()) + 2;
+        expected.push_back(PacketFields{0, 35, 0xF0000000U + operation, sendId}.append(body).bytes());
+    };
     for (const Declaration& each : vocabulary) {
-        expected.push_back(
-            fmt::format("{} {} {}|{}|{}", each.operation, each.id, each.name, each.unit, each.type));
+        PacketFields body{each.id};
+        body.text(each.name, 256);
+        if (each.operation == 0x0C) {
+            body.text(each.unit, 256).u32(each.type).u32(0).u32(0xFFFFFFFFU);
+        }
+        expect(each.operation, body);
     }
     for (const std::uint32_t event : groupEvents) {
-        expected.push_back(fmt::format("{} 301 {}", 0x07, event));
+        expect(0x07, {301, event, 1});
     }
-    expected.push_back(fmt::format("{} 301 1", 0x09)); // the highest priority
-    EXPECT_EQ(declared, expected);
+    expect(0x09, {301, 1}); // the highest priority
+    ASSERT_EQ(scene.sent.size(), expected.size() + 1);
+    EXPECT_EQ(operationOf(scene.sent[0]), 0x01U);
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_EQ(scene.sent[i + 1], expected[i]) << "packet " << i << " " << textOf(expected[i], 20);
+    }
 }
 
 TEST(SessionEnd, QuitAndABrokenConnectionEndItInTheSameWay) {
@@ -68,30 +51,31 @@ TEST(SessionEnd, QuitAndABrokenConnectionEndItInTheSameWay) {
         scene.open();
         scene.tell(openMessage("Prepar3D v5"));
         scene.tell(eventMessage(201, 1));
-        ASSERT_TRUE(simRunning);
-        EXPECT_TRUE(simSessionStands());
+        EXPECT_TRUE(simRunning && simSessionStands());
         scene.sent.clear();
+        scene.say(addRemoveMessage(203, 77));
         if (quits) {
-            EXPECT_FALSE(scene.tell(RecvMessage(3).bytes()));
+            scene.say(quitMessage());
         } else {
             scene.connection.transport()->breakConnection();
-            EXPECT_FALSE(lf_pumpSimMessages());
         }
-        EXPECT_FALSE(simRunning);
-        EXPECT_FALSE(simSessionStands());
-        EXPECT_FALSE(statusValues().simConnected);
-        EXPECT_FALSE(statusValues().simRunningShown);
+        EXPECT_FALSE(lf_pumpSimMessages());
+        EXPECT_EQ(scene.answers(), Texts{"Removed 77 0 0 0 0"})
+            << "what came before the end is still applied";
+        EXPECT_FALSE(simRunning || simSessionStands());
+        EXPECT_FALSE(statusValues().simConnected || statusValues().simRunningShown);
         EXPECT_EQ(exitReason, ExitReason::SimClosed);
         EXPECT_EQ(scene.exitSeconds, 0);
         EXPECT_TRUE(scene.logged(timeOfDay() +
                                  " Flight Simulator no longer connected, Kestrane_P3D will stop ...\n"));
         EXPECT_FALSE(scene.logged("SimConnect close failed!"));
         if (quits) {
-            std::vector<std::uint32_t> cleared;
-            for (const Packet& packet : scene.sentOf(0x0D)) {
-                cleared.push_back(fieldOf(packet, 16));
+            Fields cleared;
+            for (const std::uint32_t id : {407, 408, 409, 402, 403, 401, 404, 405}) {
+                cleared.push_back({0x0D, id});
             }
-            EXPECT_EQ(cleared, (std::vector<std::uint32_t>{407, 408, 409, 402, 403, 401, 404, 405}));
+            const Fields sent = scene.sentFields(1);
+            EXPECT_TRUE(std::search(sent.begin(), sent.end(), cleared.begin(), cleared.end()) != sent.end());
             EXPECT_EQ(scene.sentOf(0x18).size(), 6U);
         }
         const std::string before = scene.log();
@@ -104,18 +88,9 @@ TEST(SessionEnd, DuringAnExitNoFurtherOneIsAskedFor) {
     SimScene scene;
     scene.open();
     gf_requestExit(ExitReason::UserClosed, 0);
-    EXPECT_FALSE(scene.tell(RecvMessage(3).bytes()));
+    EXPECT_FALSE(scene.tell(quitMessage()));
     EXPECT_EQ(exitReason, ExitReason::UserClosed);
     EXPECT_FALSE(scene.logged("no longer connected"));
-}
-
-TEST(SessionEnd, WhatArrivedBeforeTheEndIsStillApplied) {
-    SimScene scene;
-    scene.open();
-    scene.say(addRemoveMessage(203, 77));
-    scene.connection.transport()->breakConnection();
-    EXPECT_FALSE(lf_pumpSimMessages());
-    EXPECT_EQ(scene.answers().size(), 1U);
 }
 
 TEST(SessionEnd, RequestsOnAConnectionThatIsGoneAreNoErrors) {
@@ -149,16 +124,12 @@ TEST(SessionRequests, AreWhatTheSimulatorExpects) {
     lf_requestUserPosition(user);
     lf_requestAircraftInRange(74080.9);
     lf_requestSizes(77);
-    std::vector<std::vector<std::uint32_t>> fields;
-    for (const Packet& packet : scene.sent) {
-        fields.push_back({operationOf(packet), fieldOf(packet, 16), fieldOf(packet, 20), fieldOf(packet, 24),
-                          fieldOf(packet, 28)});
-    }
-    const std::vector<std::vector<std::uint32_t>> expected = {
-        {0x0E, 108, 409, 0, 4}, {0x0E, 106, 407, 0, 1},     {0x0E, 107, 408, 0, 1},
-        {0x0E, 109, 403, 0, 1}, {0x0F, 101, 404, 74080, 2}, {0x0E, 102, 405, 77, 1},
-    };
-    EXPECT_EQ(fields, expected);
+    EXPECT_EQ(scene.sentFields(4), (Fields{{0x0E, 108, 409, 0, 4},
+                                           {0x0E, 106, 407, 0, 1},
+                                           {0x0E, 107, 408, 0, 1},
+                                           {0x0E, 109, 403, 0, 1},
+                                           {0x0F, 101, 404, 74080, 2},
+                                           {0x0E, 102, 405, 77, 1}}));
 }
 
 TEST(SessionRequests, TheThirdErrorLatchesAndRestarts) {
@@ -216,29 +187,42 @@ TEST(SessionVersion, InstalledOnesAreReadFromTheRegistry) {
 
 // ---- the thread ----
 
-TEST(SimClient, WaitsForTheSimulatorAndLeavesAtOnceWhenStopped) {
+class SimClient : public testing::Test {
+protected:
+    void start() {
+        client = std::jthread([](std::stop_token token) { lf_simClient(token); });
+    }
+    template <typename Condition>
+    static void await(Condition condition) {
+        while (!condition()) {
+            std::this_thread::yield();
+        }
+    }
+
     SimScene scene;
+    std::jthread client;
+};
+
+TEST_F(SimClient, WaitsForTheSimulatorAndLeavesAtOnceWhenStopped) {
     scene.connection.refuse(true);
     setTimeSource(nullptr); // the wait is a real one
     P3D_VERSION.set(6);
-    std::jthread client([](std::stop_token token) { lf_simClient(token); });
-    while (messageLine().message.empty()) {
-        std::this_thread::yield();
-    }
+    start();
+    await([] { return !messageLine().message.empty(); });
     EXPECT_EQ(messageLine().message, "Waiting for Prepar3Dv6 ...");
     client.request_stop();
     client.join();
-    EXPECT_EQ(waitingRequests(WorkerRequest::Kind::StoreUserStand), 1U) << "on leaving by any route";
+    std::vector<WorkerRequest> requests;
+    takeWorkerRequests(requests);
+    ASSERT_EQ(requests.size(), 1U) << "on leaving by any route";
+    EXPECT_EQ(requests[0].kind, WorkerRequest::Kind::StoreUserStand);
     setTimeSource(&scene.time);
 }
 
-TEST(SimClient, AStopLeavesTheSessionOpenAndTheNextReplacesIt) {
-    SimScene scene;
+TEST_F(SimClient, AStopLeavesTheSessionOpenAndTheNextReplacesIt) {
     setTimeSource(nullptr);
-    std::jthread client([](std::stop_token token) { lf_simClient(token); });
-    while (!simSessionStands()) {
-        std::this_thread::yield();
-    }
+    start();
+    await(simSessionStands);
     client.request_stop();
     client.join();
     setTimeSource(&scene.time);
@@ -250,23 +234,9 @@ TEST(SimClient, AStopLeavesTheSessionOpenAndTheNextReplacesIt) {
     EXPECT_TRUE(simSessionStands());
 }
 
-TEST(SimClient, EndsTheRunWhenTheSimulatorQuits) {
-    SimScene scene;
-    std::jthread client([](std::stop_token token) { lf_simClient(token); });
-    while (!simSessionStands()) {
-        std::this_thread::yield();
-    }
-    scene.say(RecvMessage(3).bytes());
-    client.join(); // by itself
-    EXPECT_EQ(exitReason, ExitReason::SimClosed);
-}
-
-TEST(SimClient, AnErrorOfTheUserStandsAndEndsNothing) {
-    SimScene scene;
-    std::jthread client([](std::stop_token token) { lf_simClient(token); });
-    while (!simSessionStands()) {
-        std::this_thread::yield();
-    }
+TEST_F(SimClient, AnErrorOfTheUserStandsAndEndsNothing) {
+    start();
+    await(simSessionStands);
     scene.say(openMessage("KittyHawk"));
     client.join(); // by itself
     EXPECT_EQ(messageLine().error, "78: KittyHawk, (MSFS) not being P3D connects ... ?");

@@ -11,87 +11,85 @@
 #include <algorithm>
 #include <cstring>
 
+#include <fmt/format.h>
+
 namespace kst::test {
 
-RecvMessage::RecvMessage(std::uint32_t id) {
-    u32(0).u32(4).u32(id);
+PacketFields::PacketFields(std::initializer_list<std::uint32_t> first) {
+    raw(first.begin(), first.size() * sizeof(std::uint32_t));
 }
 
-RecvMessage& RecvMessage::text(std::string_view value, std::size_t field) {
+PacketFields& PacketFields::text(std::string_view value, std::size_t field) {
     std::string padded(value);
     padded.resize(field, '\0');
-    return add(padded.data(), field);
+    return raw(padded.data(), field);
 }
 
-Packet RecvMessage::bytes() const {
+PacketFields& PacketFields::raw(const void* data, std::size_t size) {
+    const auto* first = static_cast<const std::byte*>(data);
+    bytes_.insert(bytes_.end(), first, first + size);
+    return *this;
+}
+
+Packet PacketFields::bytes() const {
     Packet whole = bytes_;
     const auto size = static_cast<std::uint32_t>(whole.size());
     std::memcpy(whole.data(), &size, sizeof size);
     return whole;
 }
 
-RecvMessage& RecvMessage::add(const void* data, std::size_t size) {
-    const auto* first = static_cast<const std::byte*>(data);
-    bytes_.insert(bytes_.end(), first, first + size);
-    return *this;
+PacketFields recvMessage(std::uint32_t id) {
+    return {0, 4, id};
 }
 
-Packet openMessage(std::string_view name, std::uint32_t major) {
-    RecvMessage message(2);
-    message.text(name, 256).u32(major).u32(3).u32(17).u32(28160);
-    for (int i = 0; i < 6; ++i) {
-        message.u32(0);
-    }
-    return message.bytes();
+Packet openMessage(std::string_view name) {
+    constexpr std::uint32_t versions[10] = {5, 3, 17, 28160};
+    return recvMessage(2).text(name, 256).raw(versions, sizeof versions).bytes();
 }
 
 Packet eventMessage(std::uint32_t event, std::uint32_t data) {
-    return RecvMessage(4).u32(0xFFFFFFFFU).u32(event).u32(data).bytes();
+    return recvMessage(4).u32(0xFFFFFFFFU).u32(event).u32(data).bytes();
+}
+
+Packet fileMessage() {
+    return recvMessage(6).u32(0xFFFFFFFFU).u32(206).u32(0).text("a.fxml", 260).u32(0).bytes();
+}
+
+Packet quitMessage() {
+    return recvMessage(3).bytes();
 }
 
 Packet addRemoveMessage(std::uint32_t event, std::uint32_t objectId, std::uint32_t type) {
-    return RecvMessage(5).u32(0xFFFFFFFFU).u32(event).u32(objectId).u32(type).bytes();
+    return recvMessage(5).u32(0xFFFFFFFFU).u32(event).u32(objectId).u32(type).bytes();
 }
 
 Packet frameMessage(float rate) {
-    return RecvMessage(7).u32(0xFFFFFFFFU).u32(204).u32(0).f32(rate).f32(1.0F).bytes();
+    return recvMessage(7).u32(0xFFFFFFFFU).u32(204).u32(0).f32(rate).f32(1.0F).bytes();
 }
 
 Packet exceptionMessage(std::uint32_t exception, std::uint32_t sendId, std::uint32_t index) {
-    return RecvMessage(1).u32(exception).u32(sendId).u32(index).bytes();
+    return recvMessage(1).u32(exception).u32(sendId).u32(index).bytes();
 }
 
-RecvMessage dataMessage(std::uint32_t request, std::uint32_t objectId, std::uint32_t id) {
-    RecvMessage message(id);
-    message.u32(request).u32(objectId).u32(0).u32(0).u32(1).u32(1).u32(1);
-    return message;
+PacketFields dataMessage(std::uint32_t request, std::uint32_t objectId, std::uint32_t id) {
+    return recvMessage(id).u32(request).u32(objectId).u32(0).u32(0).u32(1).u32(1).u32(1);
 }
 
-Packet scanMessage(std::uint32_t objectId, double heightAglFt, double groundFt, bool onGround,
-                   std::string_view atcId) {
-    return dataMessage(101, objectId, 9)
-        .f64(heightAglFt)
-        .f64(groundFt)
-        .i64(onGround ? 1 : 0)
-        .text(atcId, 32)
-        .bytes();
+Packet scanMessage(std::uint32_t objectId, double heightAglFt, std::string_view atcId) {
+    return dataMessage(101, objectId, 9).f64(heightAglFt).f64(1400.6).i64(1).text(atcId, 32).bytes();
 }
 
 Packet userMessage(const UserAnswer& answer) {
-    return dataMessage(109, answer.objectId)
-        .f64(answer.latitude)
-        .f64(answer.longitude)
-        .f64(0.01)
-        .f64(0.02)
-        .f64(1.5)
-        .f64(answer.altitudeFt)
-        .f64(12.0)
-        .f64(3.5)
-        .i64(answer.zuluSeconds)
-        .i64(answer.zuluDay)
-        .i64(answer.zuluYear)
-        .i64(0x11)
-        .bytes();
+    PacketFields message = dataMessage(109, answer.objectId);
+    for (const double value :
+         {answer.latitude, answer.longitude, 0.01, 0.02, 1.5, answer.altitudeFt, 12.0, 3.5}) {
+        message.f64(value);
+    }
+    for (const std::int64_t value :
+         {answer.zuluSeconds, answer.zuluDay, answer.zuluYear, std::int64_t{0x11}}) {
+        message.i64(value);
+    }
+    return message.bytes();
 }
 
 std::uint32_t operationOf(const Packet& packet) {
@@ -106,6 +104,12 @@ std::uint32_t fieldOf(const Packet& packet, std::size_t offset) {
 
 std::string textOf(const Packet& packet, std::size_t offset) {
     return reinterpret_cast<const char*>(packet.data() + offset);
+}
+
+std::vector<double> doublesOf(const Packet& packet, std::size_t offset) {
+    std::vector<double> values((packet.size() - offset) / sizeof(double));
+    std::memcpy(values.data(), packet.data() + offset, values.size() * sizeof(double));
+    return values;
 }
 
 SimScene::SimScene()
@@ -156,10 +160,6 @@ bool SimScene::tell(const Packet& message) {
     return lf_pumpSimMessages();
 }
 
-void SimScene::knowUser() {
-    tell(userMessage({}));
-}
-
 std::vector<Packet> SimScene::sentOf(std::uint32_t operation) const {
     std::vector<Packet> found;
     std::copy_if(sent.begin(), sent.end(), std::back_inserter(found),
@@ -167,15 +167,33 @@ std::vector<Packet> SimScene::sentOf(std::uint32_t operation) const {
     return found;
 }
 
+Fields SimScene::sentFields(std::size_t count) const {
+    Fields all;
+    for (const Packet& packet : sent) {
+        all.push_back({operationOf(packet)});
+        for (std::size_t at = 16; at < std::min(packet.size(), 16 + 4 * count); at += 4) {
+            all.back().push_back(fieldOf(packet, at));
+        }
+    }
+    return all;
+}
+
 std::string SimScene::log() const {
     flushLog();
     return folder.read("Log.txt").value_or("");
 }
 
-std::vector<SimCommand> SimScene::answers() const {
+Texts SimScene::answers() const {
+    constexpr std::string_view kinds[] = {
+        "LiveCreated", "StaticCreated", "Removed", "HeightReport", "Sizes", "", "CreationRefused"};
     std::vector<SimCommand> commands;
     takeSimCommands(commands);
-    return commands;
+    Texts texts;
+    for (const SimCommand& c : commands) {
+        texts.push_back(fmt::format("{} {} {} {} {} {}", kinds[static_cast<std::size_t>(c.kind)], c.objectId,
+                                    c.id, c.counter, c.value1, c.value2));
+    }
+    return texts;
 }
 
 } // namespace kst::test

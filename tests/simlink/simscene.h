@@ -4,7 +4,6 @@
 // says is written by the test, byte by byte.
 
 #include "core/exit.h"
-#include "model/simobjects.h"
 #include "simlink/session.h"
 #include "support/memorytransport.h"
 #include "support/tempfolder.h"
@@ -12,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,33 +20,38 @@ namespace kst::test {
 
 using Packet = std::vector<std::byte>;
 
-/// One message of the simulator, field by field. Its size field is right unless the test cuts it.
-class RecvMessage {
+/// A packet written out field by field, after these 32-bit ones.
+class PacketFields {
 public:
-    explicit RecvMessage(std::uint32_t id);
-    RecvMessage& u32(std::uint32_t value) { return add(&value, sizeof value); }
-    RecvMessage& i64(std::int64_t value) { return add(&value, sizeof value); }
-    RecvMessage& f32(float value) { return add(&value, sizeof value); }
-    RecvMessage& f64(double value) { return add(&value, sizeof value); }
+    PacketFields(std::initializer_list<std::uint32_t> first = {});
+    PacketFields& u32(std::uint32_t value) { return raw(&value, sizeof value); }
+    PacketFields& i64(std::int64_t value) { return raw(&value, sizeof value); }
+    PacketFields& f32(float value) { return raw(&value, sizeof value); }
+    PacketFields& f64(double value) { return raw(&value, sizeof value); }
     /// A text in a field of fixed length.
-    RecvMessage& text(std::string_view value, std::size_t field);
+    PacketFields& text(std::string_view value, std::size_t field);
+    PacketFields& raw(const void* data, std::size_t size);
+    PacketFields& append(const PacketFields& more) { return raw(more.bytes_.data(), more.bytes_.size()); }
+    /// Its size stands in the first field.
     Packet bytes() const;
 
 private:
-    RecvMessage& add(const void* data, std::size_t size);
     Packet bytes_;
 };
 
-// The messages that tests need again and again.
-Packet openMessage(std::string_view name, std::uint32_t major = 5);
+// Messages of the simulator that tests need again and again.
+/// The head; what belongs to the kind follows.
+PacketFields recvMessage(std::uint32_t id);
+Packet openMessage(std::string_view name);
 Packet eventMessage(std::uint32_t event, std::uint32_t data);
+Packet fileMessage();
+Packet quitMessage();
 Packet addRemoveMessage(std::uint32_t event, std::uint32_t objectId, std::uint32_t type = 2);
 Packet frameMessage(float rate);
 Packet exceptionMessage(std::uint32_t exception, std::uint32_t sendId = 0, std::uint32_t index = 0);
 /// The head of an answer with data; the data follow.
-RecvMessage dataMessage(std::uint32_t request, std::uint32_t objectId, std::uint32_t id = 8);
-Packet scanMessage(std::uint32_t objectId, double heightAglFt, double groundFt, bool onGround,
-                   std::string_view atcId);
+PacketFields dataMessage(std::uint32_t request, std::uint32_t objectId, std::uint32_t id = 8);
+Packet scanMessage(std::uint32_t objectId, double heightAglFt, std::string_view atcId);
 struct UserAnswer {
     double latitude = 47.458;
     double longitude = 8.548;
@@ -56,12 +61,16 @@ struct UserAnswer {
     std::int64_t zuluYear = 2024;
     std::uint32_t objectId = 1;
 };
-Packet userMessage(const UserAnswer& answer);
+Packet userMessage(const UserAnswer& answer = {});
 
-/// Operation number, and a 32-bit field, of a packet of the program.
 std::uint32_t operationOf(const Packet& packet);
 std::uint32_t fieldOf(const Packet& packet, std::size_t offset);
 std::string textOf(const Packet& packet, std::size_t offset);
+/// The doubles from there to the end.
+std::vector<double> doublesOf(const Packet& packet, std::size_t offset);
+
+using Texts = std::vector<std::string>;
+using Fields = std::vector<std::vector<std::uint32_t>>;
 
 /// One at a time: fresh folder, log and virtual time, parameters at their defaults, no session.
 class SimScene {
@@ -82,14 +91,14 @@ public:
     void say(const Packet& message);
     /// Says it and lets the program dispatch. What the pump returns.
     bool tell(const Packet& message);
-    /// Makes the user's position known, at the scene's airport.
-    void knowUser();
     /// Packets of this operation since `open`.
     std::vector<Packet> sentOf(std::uint32_t operation) const;
+    /// All packets since `open`: operation and at most so many 32-bit fields behind the head.
+    Fields sentFields(std::size_t count = 2) const;
     std::string log() const;
     bool logged(std::string_view text) const { return log().find(text) != std::string::npos; }
-    /// What waits for the worker, taken out.
-    std::vector<SimCommand> answers() const;
+    /// What waits for the worker, taken out: "Kind object id counter value1 value2".
+    Texts answers() const;
 };
 
 } // namespace kst::test

@@ -8,6 +8,7 @@
 #include "simlink/simscene.h"
 #include "support/thrown.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 namespace kst::test {
@@ -50,70 +51,55 @@ TEST_F(UserAircraftSaid, ACutTitleEndsWithAWholeCharacter) {
     EXPECT_EQ(statusValues().userAircraftText, std::string(47, 'x'));
     sayTitle(std::string(60, '\xBC')); // no text at all is cut by bytes
     EXPECT_EQ(statusValues().userAircraftText, std::string(48, '\xBC'));
-}
-
-TEST_F(UserAircraftSaid, ATitleWithoutItsEndIsTakenToTheEndOfTheMessage) {
     scene.tell(dataMessage(106, 1).text("Endless", 7).bytes());
-    EXPECT_EQ(statusValues().userAircraftText, "Endless");
+    EXPECT_EQ(statusValues().userAircraftText, "Endless") << "without an ending zero, to the message's end";
 }
 
 TEST_F(UserAircraftSaid, WingSpanAndCategoryFollowModelAndTitle) {
     struct Case {
-        std::string_view name;
         std::string_view title;
         std::string_view model;
         double spanMetres;
         Category category;
         bool known;
-        std::string_view log;
+        std::string log;
     };
+    const std::string unknown = "SimConnect: User aircraft model: AIRBUS, category: Light\n";
+    const std::string deduced = "SimConnect: User aircraft model deduced from title: ";
     const Case cases[] = {
-        {"a known model", "My A20N", "A20N", 35.8, Category::Large, true,
+        {"My A20N", "A20N", 35.8, Category::Large, true,
          "SimConnect: User aircraft model: A20N, half wing span: 17.9 meter, category: Large\n"},
-        {"no designator and a title of no maker", "Some A320", "AIRBUS", 79.8, Category::Light, false,
-         "SimConnect: User aircraft model: AIRBUS, category: Light\n"},
-        {"no designator but a known maker", "Aerosoft A320 Professional", "AIRBUS", 34.1, Category::Large,
-         true,
-         "SimConnect: User aircraft model deduced from title: A320, half wing span: 17.1 meter, category: "
-         "Large\n"},
-        {"the maker's shortest title", "Aerosoft A319", "AIRBUS", 34.1, Category::Large, true,
-         "SimConnect: User aircraft model deduced from title: A319, half wing span: 17.1 meter, category: "
-         "Large\n"},
-        {"one character less", "Aerosoft A31", "AIRBUS", 79.8, Category::Light, false,
-         "SimConnect: User aircraft model: AIRBUS, category: Light\n"},
-        {"a known model keeps its span whatever the title", "Aerosoft A320", "C172", 11.0, Category::Light,
-         true, "SimConnect: User aircraft model: C172, half wing span: 5.5 meter, category: Light\n"},
+        {"Some A320", "AIRBUS", 79.8, Category::Light, false, unknown}, // a title of no maker
+        {"Aerosoft A320 Professional", "AIRBUS", 34.1, Category::Large, true,
+         deduced + "A320, half wing span: 17.1 meter, category: Large\n"},
+        {"Aerosoft A319", "AIRBUS", 34.1, Category::Large, true,
+         deduced + "A319, half wing span: 17.1 meter, category: Large\n"},
+        {"Aerosoft A31", "AIRBUS", 79.8, Category::Light, false, unknown},
+        {"Aerosoft A320", "C172", 11.0, Category::Light, true, // a known model keeps its span
+         "SimConnect: User aircraft model: C172, half wing span: 5.5 meter, category: Light\n"},
+        {"Any", "camerapod", 28.7, Category::Light, true, "model raw: camerapod \n"},
+        {"Any", "my camerapod 2", 28.7, Category::Light, true, "model raw: my camerapod 2 \n"},
+        {"Any", "Crew Vessel", 28.7, Category::Light, true, "model raw: Crew Vessel \n"},
     };
     for (const Case& c : cases) {
+        SCOPED_TRACE(fmt::format("{} of {}", c.model, c.title));
+        sayTitle("Any");
+        sayModel("A388");
+        EXPECT_EQ(userCategory(), Category::Heavy);
         clearMessage();
         sayTitle(c.title);
         sayModel(c.model);
-        ASSERT_TRUE(userHalfSpanNm()) << c.name;
-        EXPECT_NEAR(*userHalfSpanNm() * metresPerNm * 2.0, c.spanMetres, 0.01) << c.name;
-        EXPECT_EQ(userCategory(), c.category) << c.name;
-        EXPECT_EQ(statusValues().wingSpanKnown, c.known) << c.name;
+        ASSERT_TRUE(userHalfSpanNm());
+        EXPECT_NEAR(*userHalfSpanNm() * metresPerNm * 2.0, c.spanMetres, 0.01);
+        EXPECT_EQ(userCategory(), c.category);
+        EXPECT_EQ(statusValues().wingSpanKnown, c.known);
         EXPECT_EQ(messageLine().message,
                   c.known
                       ? ""
-                      : "User aircraft wing span unknown, max is taken instead, please report in my Forum!")
-            << c.name;
-        EXPECT_TRUE(scene.logged("model raw: " + std::string(c.model) + " \n")) << c.name;
-        EXPECT_TRUE(scene.logged(c.log)) << c.name << "\n" << scene.log();
+                      : "User aircraft wing span unknown, max is taken instead, please report in my Forum!");
+        EXPECT_TRUE(scene.logged(fmt::format("model raw: {} \n", c.model)));
+        EXPECT_TRUE(scene.logged(c.log)) << scene.log();
     }
-}
-
-TEST_F(UserAircraftSaid, ACameraOrACrewHasTheSpanOfAMiddlingAirliner) {
-    for (const std::string_view model : {"camerapod", "my camerapod 2", "Crew Vessel"}) {
-        sayModel("A388");
-        EXPECT_EQ(userCategory(), Category::Heavy);
-        sayModel(model);
-        EXPECT_NEAR(*userHalfSpanNm() * metresPerNm, 28.7 / 2, 0.01);
-        EXPECT_EQ(userCategory(), Category::Light);
-        EXPECT_TRUE(statusValues().wingSpanKnown);
-    }
-}
-
-TEST_F(UserAircraftSaid, AnEmptyModelIsAnError) {
     EXPECT_EQ(thrown<UserErrorException>([&] { sayModel(""); }),
               "71: atc_model= in [General] section of your aircraft.cfg is empty or missing");
 }

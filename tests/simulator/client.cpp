@@ -18,16 +18,22 @@ void Client::declareAll() {
     for (const std::uint32_t event : groupEvents)
         send(OpAddClientEventToNotificationGroup, {notificationGroup, event, 1});
     send(OpSetNotificationGroupPriority, {notificationGroup, 1});
+    take();
+}
+
+std::vector<std::uint32_t> Client::scan(std::uint32_t radiusM, std::uint32_t type) {
+    take();
+    send(OpRequestDataOnSimObjectType, {RequestAircraftScan, DefinitionScan, radiusM, type});
+    std::vector<std::uint32_t> ids;
+    for (const Received& received : takeAll(RecvSimobjectDataByType))
+        ids.push_back(received.words(2)[1]);
+    return ids;
 }
 
 std::uint32_t Client::created(std::string_view title, std::string_view tailNumber,
                               const standin::Placement& place, bool onGround) {
     create(title, tailNumber, place, onGround);
-    const auto assigned = takeOne(RecvAssignedObjectId);
-    if (!assigned)
-        return 0;
-    standin::PacketReader body = assigned->body(1);
-    return body.u32();
+    return takeOne(RecvAssignedObjectId).words(2)[1];
 }
 
 void Client::freeze(std::uint32_t object) {

@@ -6,7 +6,7 @@
 #include "standins/simulator/session.h"
 
 #include <initializer_list>
-#include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,8 +21,16 @@ struct Received {
     standin::Bytes bytes;
 
     /// What stands behind the head and as many further words.
-    standin::PacketReader body(std::size_t words = 0) const {
-        return standin::PacketReader(standin::ByteView(bytes).subspan(12 + 4 * words));
+    standin::PacketReader body(std::size_t wordsBefore = 0) const {
+        return standin::PacketReader(standin::ByteView(bytes).subspan(12 + 4 * wordsBefore));
+    }
+    /// The first words behind the head.
+    std::vector<std::uint32_t> words(std::size_t count) const {
+        standin::PacketReader reader = body();
+        std::vector<std::uint32_t> all(count);
+        for (std::uint32_t& word : all)
+            word = reader.u32();
+        return all;
     }
 };
 
@@ -108,31 +116,30 @@ public:
         }
         return all;
     }
-    /// The only message of that kind since the last call; nothing when there is none or more than one.
-    std::optional<Received> takeOne(std::uint32_t id) {
-        std::optional<Received> found;
-        for (Received& received : take()) {
-            if (received.id != id)
-                continue;
-            if (found)
-                return std::nullopt;
-            found = std::move(received);
-        }
-        return found;
+    /// All of that kind since the last call.
+    std::vector<Received> takeAll(std::uint32_t id) {
+        std::vector<Received> all = take();
+        std::erase_if(all, [&](const Received& received) { return received.id != id; });
+        return all;
+    }
+    /// The only message of that kind since the last call. Throws when there is none or more than one.
+    Received takeOne(std::uint32_t id) {
+        std::vector<Received> all = takeAll(id);
+        if (all.size() != 1)
+            throw std::runtime_error("not one message of the kind " + std::to_string(id));
+        return all[0];
     }
     /// Number of the exception that answers the packet with that send id; 0 without one.
     std::uint32_t exceptionOf(std::uint32_t sendId) {
-        for (const Received& received : take()) {
-            if (received.id != simconnect::RecvException)
-                continue;
-            standin::PacketReader body = received.body();
-            const std::uint32_t exception = body.u32();
-            if (body.u32() == sendId)
-                return exception;
+        for (const Received& received : takeAll(simconnect::RecvException)) {
+            if (received.words(2)[1] == sendId)
+                return received.words(1)[0];
         }
         return 0;
     }
 
+    /// The object ids that a scan names.
+    std::vector<std::uint32_t> scan(std::uint32_t radiusM, std::uint32_t type = simconnect::ObjectAircraft);
     /// All that the program declares when it has connected.
     void declareAll();
     /// Creates an aircraft and gives its object id.
@@ -152,10 +159,7 @@ public:
 /// A world with one client that has declared all that the program declares.
 class Declared : public ::testing::Test {
 protected:
-    Declared() {
-        client.declareAll();
-        client.take();
-    }
+    Declared() { client.declareAll(); }
 
     standin::World world;
     Client client{world};
