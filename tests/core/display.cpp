@@ -1,8 +1,7 @@
 #include "core/display.h"
 
-#include "core/log.h"
+#include "core/corescene.h"
 #include "core/progress.h"
-#include "support/tempfolder.h"
 #include "support/virtualtime.h"
 
 #include <memory>
@@ -14,112 +13,55 @@
 namespace kst {
 namespace {
 
+using test::RecordingWindow;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
-/// A window that remembers what it was asked, and that asks back as a window may do.
-class RecordingWindow : public DisplaySink {
-public:
-    RecordingWindow() { setDisplaySink(this); }
-    ~RecordingWindow() override { setDisplaySink(nullptr); }
-    void repaint(Band band) override {
-        bands.push_back(band);
-        seenMessage = messageLine().message;
-        seenStands = statusValues().standsShown;
-    }
-    void showParameter(const Parameter& parameter) override { shown.emplace_back(parameter.name()); }
-    void blankParameter(const Parameter& parameter) override { blanked.emplace_back(parameter.name()); }
-    void enableControl(int controlId, bool enabled) override { controls.emplace_back(controlId, enabled); }
-    void applyAlwaysOnTop() override {}
-    void postStartWorker() override {}
-    void postQuit() override {}
-
-    std::vector<Band> bands;
-    std::vector<std::string> shown;
-    std::vector<std::string> blanked;
-    std::vector<std::pair<int, bool>> controls;
-    std::string seenMessage;
-    std::uint64_t seenStands = 0;
-};
-
-class DisplayTest : public testing::Test {
+class DisplayTest : public test::CoreScene {
 protected:
-    DisplayTest() {
-        resetDisplay();
-        openLog();
+    static std::string message() { return messageLine().message; }
+    static void age(int ticks) {
+        for (int tick = 0; tick < ticks; ++tick) {
+            ageMessage();
+        }
     }
-    ~DisplayTest() override {
-        closeLog();
-        resetDisplay();
-    }
-    std::string logged() const {
-        const std::string content = folder.read("Log.txt").value_or("");
-        return content.substr(content.find('\n') + 1);
-    }
-
-    test::TempFolder folder;
 };
 
 TEST_F(DisplayTest, AMessageGivesWayToAnErrorAndNeverCoversIt) {
     showMessage("scanning", false);
     showError("no path");
-    EXPECT_EQ(messageLine().message, "");
-    EXPECT_EQ(messageLine().error, "no path");
+    EXPECT_EQ(message(), "");
     showMessage("later", true);
-    EXPECT_EQ(messageLine().message, "");
     clearMessage();
-    EXPECT_EQ(messageLine().error, "no path");
+    age(1000);
+    EXPECT_EQ(message(), "");
+    EXPECT_EQ(messageLine().error, "no path") << "an error does not age";
     showError("worse");
     EXPECT_EQ(messageLine().error, "worse");
     clearError();
     showMessage("after", true);
-    EXPECT_EQ(messageLine().message, "after");
-    EXPECT_EQ(logged(), "Error no path\nError worse\nafter\n") << "a dropped message is not logged either";
-}
-
-TEST_F(DisplayTest, OnlyWantedMessagesGoToTheLog) {
-    showMessage("quiet", false);
+    EXPECT_EQ(message(), "after");
     showMessage("", true);
-    EXPECT_EQ(messageLine().message, "");
-    EXPECT_EQ(logged(), "");
+    EXPECT_EQ(message(), "");
+    EXPECT_EQ(log(), "Error no path\nError worse\nafter\n") << "a dropped message is not logged either";
 }
 
 TEST_F(DisplayTest, AMessageStandsTwentyFiveTicks) {
-    for (int tick = 0; tick < 100; ++tick) {
-        ageMessage();
-    }
+    showMessage("before the first tick", false);
+    age(25);
+    EXPECT_EQ(message(), "before the first tick");
+    age(1);
+    EXPECT_EQ(message(), "");
+    age(100);
     showMessage("first", false);
-    for (int tick = 0; tick < 20; ++tick) {
-        ageMessage();
-    }
+    age(20);
     showMessage("second", false);
-    for (int tick = 0; tick < 24; ++tick) {
-        ageMessage();
-        EXPECT_EQ(messageLine().message, "second") << tick;
-    }
+    age(24);
+    EXPECT_EQ(message(), "second");
     RecordingWindow window;
-    ageMessage();
-    EXPECT_EQ(messageLine().message, "");
-    EXPECT_THAT(window.bands, ElementsAre(Band::Message));
-    ageMessage();
-    EXPECT_EQ(window.bands.size(), 1U) << "an empty line is not painted each second";
-}
-
-TEST_F(DisplayTest, AMessageBeforeTheFirstTickGoesToo) {
-    showMessage("at start", false);
-    for (int tick = 0; tick < 26; ++tick) {
-        EXPECT_EQ(messageLine().message, "at start") << tick;
-        ageMessage();
-    }
-    EXPECT_EQ(messageLine().message, "");
-}
-
-TEST_F(DisplayTest, AnErrorDoesNotAge) {
-    showError("stays");
-    for (int tick = 0; tick < 1000; ++tick) {
-        ageMessage();
-    }
-    EXPECT_EQ(messageLine().error, "stays");
+    age(1);
+    EXPECT_EQ(message(), "");
+    age(1);
+    EXPECT_THAT(window.bands, ElementsAre(Band::Message)) << "an empty line is not painted each second";
 }
 
 TEST_F(DisplayTest, ThePaintSeesTheChangeThatAskedForIt) {
@@ -152,24 +94,19 @@ TEST_F(DisplayTest, StatusChangesAreSeenWhole) {
     writer.join();
 }
 
-TEST_F(DisplayTest, ControlsAreRememberedAndPassedOn) {
+TEST_F(DisplayTest, ControlsAndParametersArePassedOnAndControlsRemembered) {
     RecordingWindow window;
-    enableControl(control::ReRead, true);
-    EXPECT_TRUE(controlEnabled(control::ReRead));
-    enableControl(control::ReRead, false);
-    EXPECT_FALSE(controlEnabled(control::ReRead));
+    for (const bool enabled : {true, false}) {
+        enableControl(control::ReRead, enabled);
+        EXPECT_EQ(controlEnabled(control::ReRead), enabled);
+    }
     EXPECT_FALSE(controlEnabled(31)) << "a control that nobody has enabled";
-    EXPECT_THAT(window.controls,
-                ElementsAre(std::pair(control::ReRead, true), std::pair(control::ReRead, false)));
-}
-
-TEST_F(DisplayTest, AShownParameterRepaintsTheControlArea) {
-    RecordingWindow window;
     showParameter(MAX_LIVE);
     blankParameter(parking_percentage);
-    EXPECT_THAT(window.shown, ElementsAre("MAX_LIVE"));
-    EXPECT_THAT(window.blanked, ElementsAre("parking_percentage"));
-    EXPECT_THAT(window.bands, ElementsAre(Band::Control));
+    const std::string id = std::to_string(control::ReRead);
+    EXPECT_THAT(window.asked,
+                ElementsAre("enable " + id, "disable " + id, "show MAX_LIVE=-1", "blank parking_percentage"));
+    EXPECT_THAT(window.bands, ElementsAre(Band::Control)) << "for the shown parameter";
 }
 
 TEST_F(DisplayTest, TheNextRunBeginsWithAnEmptyDisplay) {
@@ -182,9 +119,8 @@ TEST_F(DisplayTest, TheNextRunBeginsWithAnEmptyDisplay) {
     EXPECT_EQ(statusValues().airportCode, "");
     EXPECT_EQ(statusValues().trafficStatus, 3);
     EXPECT_EQ(messageLine().error, "");
-    showMessage("", false);
     showMessage("new", false);
-    EXPECT_EQ(messageLine().message, "new");
+    EXPECT_EQ(message(), "new");
 }
 
 TEST_F(DisplayTest, ProgressOfALongTaskStandsAtMostTwiceASecondAndTakesOnlyItsOwnTextAway) {
@@ -197,12 +133,12 @@ TEST_F(DisplayTest, ProgressOfALongTaskStandsAtMostTwiceASecondAndTakesOnlyItsOw
     EXPECT_TRUE(task->due());
     EXPECT_FALSE(task->due());
     task->show("one of two", 0.5);
-    EXPECT_EQ(messageLine().message, "one of two");
+    EXPECT_EQ(message(), "one of two");
     EXPECT_EQ(bar().to, 0.5);
     task->show("three of two", 1.5);
     EXPECT_EQ(bar().to, 1.0);
     task.reset();
-    EXPECT_EQ(messageLine().message, "");
+    EXPECT_EQ(message(), "");
     EXPECT_EQ(bar().to, 0.0);
 
     task = std::make_unique<Progress>();
@@ -215,7 +151,7 @@ TEST_F(DisplayTest, ProgressOfALongTaskStandsAtMostTwiceASecondAndTakesOnlyItsOw
     }
     showMessage("something else", false);
     task.reset();
-    EXPECT_EQ(messageLine().message, "something else");
+    EXPECT_EQ(message(), "something else");
     EXPECT_EQ(bar().to, 0.0);
 }
 

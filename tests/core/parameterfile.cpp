@@ -1,9 +1,6 @@
 #include "core/parameterfile.h"
 
-#include "core/display.h"
-#include "core/log.h"
-#include "core/parameters.h"
-#include "support/tempfolder.h"
+#include "core/corescene.h"
 
 #include <algorithm>
 #include <clocale>
@@ -36,25 +33,13 @@ constexpr std::string_view freshStore =
     "AIRPORT_HEIGHT=18000 parking_percentage=30 MAX_FIT_FL=24 PROGRAM_VERSION= PROGRAM_INSTALL_PATH= "
     "SIM_INSTALL_PATH= PORT_NUMBER=10747 ALL_INSTALL_PATH= BLOCK_CALLSIGN= DESTINATION= ";
 
-class ParameterFileTest : public testing::Test {
+class ParameterFileTest : public test::CoreScene {
 protected:
-    ParameterFileTest() {
-        setDefaults();
-        openLog();
+    /// Writes the store with these entries and reads it.
+    void readStoreOf(std::string_view parameters) const {
+        folder.write(storePath, fmt::format("<parameters>{}</parameters>", parameters));
+        readParameters();
     }
-    ~ParameterFileTest() override {
-        closeLog();
-        setDefaults();
-        resetDisplay();
-    }
-
-    static void setDefaults() {
-        for (Parameter* parameter : allParameters()) {
-            parameter->setDefault();
-        }
-    }
-
-    std::string log() const { return folder.read("Log.txt").value_or(""); }
     std::string store() const { return folder.read(storePath).value_or("<no file>"); }
 
     /// The file's entries as "name=value " in their order.
@@ -79,7 +64,6 @@ protected:
 
     /// The store's place as texts show it.
     std::string writtenPath() const { return (folder.path() / storePath).make_preferred().string(); }
-    test::TempFolder folder;
 };
 
 TEST_F(ParameterFileTest, AFirstStartWritesEveryDefaultAndNoFolderEntries) {
@@ -104,16 +88,15 @@ TEST_F(ParameterFileTest, ASecondStartLeavesTheFileAsItIs) {
 }
 
 TEST_F(ParameterFileTest, ValuesAreTakenClampedAndLoggedAsTheyHold) {
-    folder.write(storePath, R"(<parameters>
+    test::RecordingWindow window;
+    readStoreOf(R"(
         <parameter name="LATERAL_RANGE" value="5000"/>
         <parameter name="WEEK" value="yes"/>
         <parameter name="LOG" value="no"/>
         <parameter name="MAX_FIT_FL" value="6.5 hours"/>
         <parameter name="MAX_LIVE" value="many"/>
         <parameter name="SIM_INSTALL_PATH" value="C:\Lots &amp; more\Prepar3D v5"/>
-        <parameter name="lfolder2" value="D:\liveries"/>
-        </parameters>)");
-    readParameters();
+        <parameter name="lfolder2" value="D:\liveries"/>)");
     EXPECT_EQ(LATERAL_RANGE, 100);
     EXPECT_TRUE(WEEK);
     EXPECT_FALSE(LOG);
@@ -125,16 +108,16 @@ TEST_F(ParameterFileTest, ValuesAreTakenClampedAndLoggedAsTheyHold) {
                              "\nlfolder2=D:\\liveries\n"}) {
         EXPECT_THAT(log(), HasSubstr(line));
     }
+    EXPECT_THAT(window.asked, testing::IsSupersetOf({"show LATERAL_RANGE=100", "show PARK_SOFT=1"}))
+        << "every box shows what was read";
 }
 
 TEST_F(ParameterFileTest, MissingEntriesAreAddedAtTheEndAndOthersLeftAlone) {
-    folder.write(storePath, R"(<parameters>
+    readStoreOf(R"(
         <!-- my settings -->
         <parameter name="OF_A_LATER_VERSION" value="7"/>
         <parameter name="MAX_LIVE" value="80"/>
-        <parameter name="AIRPORT_RANGE"/>
-        </parameters>)");
-    readParameters();
+        <parameter name="AIRPORT_RANGE"/>)");
     EXPECT_THAT(entries(),
                 testing::StartsWith("OF_A_LATER_VERSION=7 MAX_LIVE=80 AIRPORT_RANGE=20 RANDOM=1 "));
     EXPECT_THAT(store(), HasSubstr("<!-- my settings -->"));
@@ -143,15 +126,13 @@ TEST_F(ParameterFileTest, MissingEntriesAreAddedAtTheEndAndOthersLeftAlone) {
 }
 
 TEST_F(ParameterFileTest, EmptyFolderEntriesDisappear) {
-    folder.write(storePath, R"(<parameters>
+    lfolder[3].set("from before");
+    readStoreOf(R"(
         <parameter name="lfolder3" value=""><deep><er/></deep></parameter>
         <parameter name="afolder0" value="D:\scenery"/>
         <parameter name="afolder9"/>
         <parameter name="afolder1" value=""/>
-        <parameter name="afolder1" value="D:\twice"/>
-        </parameters>)");
-    lfolder[3].set("from before");
-    readParameters();
+        <parameter name="afolder1" value="D:\twice"/>)");
     EXPECT_THAT(entries(), Not(HasSubstr("lfolder")));
     EXPECT_THAT(entries(), HasSubstr("afolder0=D:\\scenery "));
     EXPECT_THAT(entries(), HasSubstr("afolder1=D:\\twice "));
@@ -163,16 +144,14 @@ TEST_F(ParameterFileTest, EmptyFolderEntriesDisappear) {
 }
 
 TEST_F(ParameterFileTest, AFolderEntryAsDeepAsTheFileAllowsIsRemoved) {
-    std::string deep = "<parameters><parameter name=\"lfolder0\" value=\"\">";
+    std::string deep;
     constexpr int depth = 300'000;
-    for (int i = 0; i < depth; ++i) {
-        deep += "<a>";
+    for (const char* tag : {"<a>", "</a>"}) {
+        for (int i = 0; i < depth; ++i) {
+            deep += tag;
+        }
     }
-    for (int i = 0; i < depth; ++i) {
-        deep += "</a>";
-    }
-    folder.write(storePath, deep + "</parameter></parameters>");
-    readParameters();
+    readStoreOf(fmt::format(R"(<parameter name="lfolder0" value="">{}</parameter>)", deep));
     EXPECT_EQ(entries(), freshStore);
 }
 
@@ -197,12 +176,10 @@ TEST_F(ParameterFileTest, AnUnusableFileBlocksNoStartAndIsKept) {
         EXPECT_THAT(messageLine().message, HasSubstr(fmt::format("parameters-unusable-{}.xml", kept)));
     }
     EXPECT_THAT(log(), HasSubstr("not found, default values taken:"));
-}
-
-TEST_F(ParameterFileTest, AFolderInTheFilesPlaceBlocksNoStart) {
+    std::filesystem::remove(folder.path() / storePath);
     std::filesystem::create_directories(folder.path() / storePath / "in the way");
     readParameters();
-    EXPECT_EQ(entries(), freshStore);
+    EXPECT_EQ(entries(), freshStore) << "a folder in the file's place";
 }
 
 TEST_F(ParameterFileTest, ReadsTheEncodingsThatEditorsWrite) {
@@ -236,6 +213,8 @@ TEST_F(ParameterFileTest, ASaveChangesOneEntryAndNothingElse) {
     EXPECT_THAT(log(), HasSubstr("\nMAX_LIVE=44\n"));
     EXPECT_EQ(storedParameterText("MAX_LIVE"), "44");
     EXPECT_EQ(storedParameterText("WEEK"), "0");
+    EXPECT_EQ(storedParameterText("x' or 'a'='a"), "") << "a name cannot reach into the query";
+    EXPECT_EQ(storedParameterText("x\"] | //*[@name=\"LOG"), "");
     EXPECT_THAT(filesBesideStore(), testing::ElementsAre("parameters.xml"));
 }
 
@@ -277,12 +256,6 @@ TEST_F(ParameterFileTest, AnyTextOfTheOperatorSurvivesTheFile) {
         ASSERT_TRUE(saveParameter(SIM_INSTALL_PATH));
         EXPECT_EQ(storedParameterText("SIM_INSTALL_PATH"), text);
     }
-}
-
-TEST_F(ParameterFileTest, ANameFromOutsideCannotReachIntoTheQuery) {
-    readParameters();
-    EXPECT_EQ(storedParameterText("x' or 'a'='a"), "");
-    EXPECT_EQ(storedParameterText("x\"] | //*[@name=\"LOG"), "");
 }
 
 TEST_F(ParameterFileTest, SavesOfTwoThreadsLoseNothing) {
@@ -327,30 +300,6 @@ TEST_F(ParameterFileTest, NumbersDoNotFollowTheSystemsLocale) {
     EXPECT_EQ(formatHours(7.5), "7.5");
     std::setlocale(LC_ALL, "C");
     std::locale::global(before);
-}
-
-class ShownParameters : public DisplaySink {
-public:
-    void repaint(Band) override {}
-    void showParameter(const Parameter& parameter) override {
-        shown += fmt::format("{}={} ", parameter.name(), parameter.text());
-    }
-    void blankParameter(const Parameter&) override {}
-    void enableControl(int, bool) override {}
-    void applyAlwaysOnTop() override {}
-    void postStartWorker() override {}
-    void postQuit() override {}
-    std::string shown;
-};
-
-TEST_F(ParameterFileTest, EveryBoxShowsWhatWasRead) {
-    folder.write(storePath, R"(<parameters><parameter name="MAX_LIVE" value="999"/></parameters>)");
-    ShownParameters window;
-    setDisplaySink(&window);
-    readParameters();
-    setDisplaySink(nullptr);
-    EXPECT_THAT(window.shown, HasSubstr(" MAX_LIVE=300 "));
-    EXPECT_THAT(window.shown, HasSubstr(" PARK_SOFT=1 "));
 }
 
 } // namespace

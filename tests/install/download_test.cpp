@@ -45,19 +45,7 @@ void makeZip(const fs::path& path, const std::vector<std::pair<std::string, std:
 class Download : public testing::Test {
 protected:
     Download() {
-        server_.Get("/downloads/plain.txt", [](const httplib::Request&, httplib::Response& reply) {
-            reply.set_content("text", "text/plain");
-        });
-        server_.Get("/downloads/short.txt", [](const httplib::Request&, httplib::Response& reply) {
-            reply.set_content_provider(1000, "text/plain",
-                                       [](std::size_t, std::size_t, httplib::DataSink& sink) {
-                                           sink.write("half", 4);
-                                           return false;
-                                       });
-        });
-        server_.Get("/downloads/away.txt", [](const httplib::Request&, httplib::Response& reply) {
-            reply.set_redirect("/downloads/plain.txt");
-        });
+        serve("plain.txt", "text");
         server_.Get("/downloads/slow.txt", [this](const httplib::Request&, httplib::Response& reply) {
             reply.set_chunked_content_provider("text/plain", [this](std::size_t, httplib::DataSink& sink) {
                 exitRequested = true;
@@ -65,12 +53,12 @@ protected:
                 return server_.is_running();
             });
         });
-        port_ = server_.bind_to_any_port("127.0.0.1");
+        const int port = server_.bind_to_any_port("127.0.0.1");
         thread_ = std::thread([this] { server_.listen_after_bind(); });
         while (!server_.is_running()) {
             std::this_thread::yield();
         }
-        test::setEnvironment("KESTRANE_DOWNLOAD_ROOT", fmt::format("http://127.0.0.1:{}/downloads/", port_));
+        test::setEnvironment("KESTRANE_DOWNLOAD_ROOT", fmt::format("http://127.0.0.1:{}/downloads/", port));
     }
     ~Download() override {
         server_.stop();
@@ -80,29 +68,29 @@ protected:
         test::setEnvironment("KESTRANE_DOWNLOAD_ROOT", std::nullopt);
     }
 
+    void serve(const std::string& name, const std::string& content) {
+        server_.Get("/downloads/" + name, [content](const httplib::Request&, httplib::Response& reply) {
+            reply.set_content(content, "text/plain");
+        });
+    }
+
     test::TempFolder folder_;
     httplib::Server server_;
     std::thread thread_;
-    int port_ = 0;
 };
 
-TEST_F(Download, WholeFileArrives) {
+TEST_F(Download, AFileArrivesWholeOrLeavesTheOldOne) {
     const DownloadHandle handle;
-    EXPECT_TRUE(gf_fetchFile(handle, downloadRoot() + "plain.txt", "got.txt", false));
-    EXPECT_EQ(contentOf("got.txt"), "text");
-}
-
-TEST_F(Download, FailedTransferLeavesTheOldFileAndNothingElse) {
-    const DownloadHandle handle;
-    for (const char* name : {"missing.txt", "short.txt", "away.txt"}) {
-        std::ofstream("got.txt") << "old";
-        EXPECT_FALSE(gf_fetchFile(handle, downloadRoot() + name, "got.txt", true)) << name;
-        EXPECT_EQ(contentOf("got.txt"), "old") << name;
-        EXPECT_FALSE(fs::exists("got.txt.part")) << name;
+    folder_.write("got.txt", "old");
+    for (const std::string& address : {downloadRoot() + "missing.txt", std::string("http://127.0.0.1:1/x"),
+                                       std::string("gopher://127.0.0.1/x")}) {
+        EXPECT_FALSE(gf_fetchFile(handle, address, "got.txt", true)) << address;
+        EXPECT_EQ(contentOf("got.txt"), "old") << address;
+        EXPECT_FALSE(fs::exists("got.txt.part")) << address;
     }
     EXPECT_FALSE(gf_fetchFile(handle, downloadRoot() + "plain.txt", "no/such/folder/got.txt", true));
-    EXPECT_FALSE(gf_fetchFile(handle, "http://127.0.0.1:1/downloads/plain.txt", "got.txt", true));
-    EXPECT_FALSE(gf_fetchFile(handle, "gopher://127.0.0.1/x", "got.txt", true));
+    EXPECT_TRUE(gf_fetchFile(handle, downloadRoot() + "plain.txt", "got.txt", false));
+    EXPECT_EQ(contentOf("got.txt"), "text");
 }
 
 TEST_F(Download, ExitEndsATransferThatNeverEnds) {
@@ -153,13 +141,8 @@ TEST_F(Download, ProgressCountsTheBytes) {
 
 TEST_F(Download, ArchiveGivesItsFileAndIsGoneAfterwards) {
     makeZip("dbase.zip", {{"folder/", ""}, {"folder/dbase.xml", "<content/>"}});
-    // The server serves the working folder, where the fetched copy goes as well: serve it from memory
-    // instead.
-    const std::string archive = contentOf("dbase.zip");
+    serve("dbase.zip", contentOf("dbase.zip"));
     fs::remove("dbase.zip");
-    server_.Get("/downloads/dbase.zip", [&archive](const httplib::Request&, httplib::Response& reply) {
-        reply.set_content(archive, "application/zip");
-    });
     EXPECT_TRUE(lf_fetchDatabase("out.xml"));
     EXPECT_EQ(contentOf("out.xml"), "<content/>");
     EXPECT_FALSE(fs::exists("dbase.zip"));

@@ -25,23 +25,18 @@ TEST(Version, ComparedByNumberNotByText) {
     EXPECT_LT(parseVersion("9.99.0"), parseVersion("10.9.8"));
 }
 
-struct MigrationCase {
-    const char* stored;
-    bool scans;
-};
-
 TEST(Migration, OnlyAStepUpAsksForScans) {
-    for (const MigrationCase& row :
-         {MigrationCase{"", false}, MigrationCase{"10.9.7", true}, MigrationCase{"10.9.8", false},
-          MigrationCase{"10.10.0", false}, MigrationCase{"garbage", true}}) {
+    const std::pair<const char*, bool> cases[] = {
+        {"", false}, {"10.9.7", true}, {"10.9.8", false}, {"10.10.0", false}, {"garbage", true}};
+    for (const auto& [stored, scans] : cases) {
         const test::TempFolder folder;
-        PROGRAM_VERSION.set(row.stored);
+        PROGRAM_VERSION.set(stored);
         SCAN_LIVERIES.set(false);
         SCAN_AIRPORTS.set(false);
         lf_migrateVersion();
-        EXPECT_EQ(PROGRAM_VERSION.get(), thisProgramVersion().text()) << row.stored;
-        EXPECT_EQ(SCAN_LIVERIES.get(), row.scans) << row.stored;
-        EXPECT_EQ(SCAN_AIRPORTS.get(), row.scans) << row.stored;
+        EXPECT_EQ(PROGRAM_VERSION.get(), thisProgramVersion().text()) << stored;
+        EXPECT_EQ(SCAN_LIVERIES.get(), scans) << stored;
+        EXPECT_EQ(SCAN_AIRPORTS.get(), scans) << stored;
     }
     for (Parameter* parameter : allParameters()) {
         parameter->setDefault();

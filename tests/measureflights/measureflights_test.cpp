@@ -6,7 +6,6 @@
 #include <cmath>
 #include <fmt/format.h>
 #include <gtest/gtest.h>
-#include <memory>
 #include <sstream>
 
 namespace kst::tool {
@@ -57,19 +56,16 @@ std::string shown(const Flown& flown, double seconds) {
 
 /// The figures together with the flights that they point into.
 struct Result {
+    Result(const std::string& sent, const std::string& history) {
+        std::istringstream sentIn(sentHeader + sent);
+        readSent(sentIn, flights);
+        std::istringstream historyIn(historyHeader + history);
+        readHistory(historyIn, flights);
+        measured = measure(flights);
+    }
     Flights flights;
     Measured measured;
 };
-
-std::unique_ptr<Result> measureText(const std::string& sent, const std::string& history) {
-    auto result = std::make_unique<Result>();
-    std::istringstream sentIn(sentHeader + sent);
-    readSent(sentIn, result->flights);
-    std::istringstream historyIn(historyHeader + history);
-    readHistory(historyIn, result->flights);
-    result->measured = measure(result->flights);
-    return result;
-}
 
 TEST(MeasureFlights, KnownOffsetLagAndAltitudeAreFound) {
     struct Case {
@@ -86,8 +82,8 @@ TEST(MeasureFlights, KnownOffsetLagAndAltitudeAreFound) {
         {{.besideM = 40.0, .lateS = 3.0, .altFt = 9900.0}, 40.0, 3.0, 100.0},
     };
     for (const Case& one : cases) {
-        const auto result = measureText(flightNorth(200.0), shown(one.flown, 150.0));
-        const PathFigures& air = result->measured.air;
+        const Result result(flightNorth(200.0), shown(one.flown, 150.0));
+        const PathFigures& air = result.measured.air;
         const Spread fromLine = spreadOf(air.fromLineM);
         SCOPED_TRACE(fmt::format("beside {} late {}", one.flown.besideM, one.flown.lateS));
         EXPECT_EQ(air.objects, 1U);
@@ -98,31 +94,26 @@ TEST(MeasureFlights, KnownOffsetLagAndAltitudeAreFound) {
         EXPECT_NEAR(spreadOf(air.timeOffS).median, std::abs(one.lagS), 0.01);
         EXPECT_NEAR(spreadOf(air.altitudeOffFt).median, one.altitudeFt, 0.1);
         EXPECT_LT(air.worstStep.overM, 0.01);
-        EXPECT_EQ(result->measured.ground.objects, 0U);
+        EXPECT_EQ(result.measured.ground.objects, 0U);
     }
 }
 
-TEST(MeasureFlights, AJumpIsMoreThanTheSpeedExplains) {
-    const auto result = measureText(flightNorth(200.0), shown({.jumpAtS = 60.0, .jumpM = 100.0}, 150.0));
-    const Step& step = result->measured.air.worstStep;
+TEST(MeasureFlights, JumpsAndGroundHaveRowsOfTheirOwn) {
+    const Result result(flightNorth(200.0), shown({.jumpAtS = 60.0, .jumpM = 100.0}, 150.0));
+    const Step& step = result.measured.air.worstStep;
     EXPECT_NEAR(step.overM, 100.0, 0.1);
     EXPECT_NEAR(step.explainedM, mPerSecond / 10.0, 0.1);
     EXPECT_NEAR(step.time, start + 90.0, 0.01);
     EXPECT_EQ(step.tailNumber, "SWR12");
-}
 
-TEST(MeasureFlights, TheFirstSecondsOfAnObjectAreToldApart) {
-    const auto result = measureText(flightNorth(200.0), shown({.jumpAtS = 2.0, .jumpM = 20.0}, 150.0));
-    EXPECT_NEAR(result->measured.appearing.overM, 20.0, 0.1);
-    EXPECT_LT(result->measured.air.worstStep.overM, 0.01);
-}
+    const Result early(flightNorth(200.0), shown({.jumpAtS = 2.0, .jumpM = 20.0}, 150.0));
+    EXPECT_NEAR(early.measured.appearing.overM, 20.0, 0.1) << "the first seconds of an object are told apart";
+    EXPECT_LT(early.measured.air.worstStep.overM, 0.01);
 
-TEST(MeasureFlights, GroundHasItsOwnRow) {
-    const auto result =
-        measureText(flightNorth(100.0, true), shown({.besideM = 3.0, .onGround = true}, 50.0));
-    EXPECT_TRUE(result->measured.air.fromLineM.empty());
-    EXPECT_EQ(result->measured.ground.objects, 1U);
-    EXPECT_NEAR(spreadOf(result->measured.ground.fromLineM).median, 3.0, 0.1);
+    const Result ground(flightNorth(100.0, true), shown({.besideM = 3.0, .onGround = true}, 50.0));
+    EXPECT_TRUE(ground.measured.air.fromLineM.empty());
+    EXPECT_EQ(ground.measured.ground.objects, 1U);
+    EXPECT_NEAR(spreadOf(ground.measured.ground.fromLineM).median, 3.0, 0.1);
 }
 
 TEST(MeasureFlights, AHoldingAircraftIsNotHeldAgainstAnEarlierRound) {
@@ -133,15 +124,15 @@ TEST(MeasureFlights, AHoldingAircraftIsNotHeldAgainstAnEarlierRound) {
         const double time = std::stod(line.substr(0, line.find(',')));
         sent += fmt::format("{:.3f}{}\n", time + 240.0, line.substr(line.find(',')));
     }
-    const auto result = measureText(sent, shown({.lateS = 1.0}, 60.0));
-    EXPECT_NEAR(spreadOf(result->measured.air.timeOffS).max, 1.0, 0.01);
+    const Result result(sent, shown({.lateS = 1.0}, 60.0));
+    EXPECT_NEAR(spreadOf(result.measured.air.timeOffS).max, 1.0, 0.01);
 }
 
 TEST(MeasureFlights, SamplesBehindTheTracksEndAreLeftOut) {
-    const auto result = measureText(flightNorth(100.0), shown({}, 150.0));
-    EXPECT_EQ(result->measured.air.fromLineM.size(), 1001U);
-    EXPECT_EQ(result->measured.withoutTrack, 500U);
-    EXPECT_LT(spreadOf(result->measured.air.timeOffS).max, 0.01);
+    const Result result(flightNorth(100.0), shown({}, 150.0));
+    EXPECT_EQ(result.measured.air.fromLineM.size(), 1001U);
+    EXPECT_EQ(result.measured.withoutTrack, 500U);
+    EXPECT_LT(spreadOf(result.measured.air.timeOffS).max, 0.01);
 }
 
 TEST(MeasureFlights, ObjectsAreSortedByTheirTailNumber) {
@@ -153,20 +144,20 @@ TEST(MeasureFlights, ObjectsAreSortedByTheirTailNumber) {
     } cases[] = {
         {"SWR12", 1, 0, 0}, {"HB-JHA", 1, 0, 0}, {"DLH9", 0, 1, 0}, {"SWR12*", 0, 0, 1}, {"", 0, 1, 0}};
     for (const auto& one : cases) {
-        const auto result = measureText(flightNorth(100.0), shown({.tailNumber = one.tailNumber}, 20.0));
-        EXPECT_EQ(result->measured.byObject.size(), one.matched) << one.tailNumber;
-        EXPECT_EQ(result->measured.unmatched, one.unmatched) << one.tailNumber;
-        EXPECT_EQ(result->measured.parked, one.parked) << one.tailNumber;
+        const Result result(flightNorth(100.0), shown({.tailNumber = one.tailNumber}, 20.0));
+        EXPECT_EQ(result.measured.byObject.size(), one.matched) << one.tailNumber;
+        EXPECT_EQ(result.measured.unmatched, one.unmatched) << one.tailNumber;
+        EXPECT_EQ(result.measured.parked, one.parked) << one.tailNumber;
     }
 }
 
 TEST(MeasureFlights, HostileRowsAreCountedAndHarmNothing) {
     const std::string bad = "x,y\n,,,,,,,,,,\n-1,nan,inf,,,,,,\n1e9,99999999999,A,B,C,1,1,1,1,1,1\n"
                             "5,1,A,B,C,91,0,0,0,0,0\n5,1,A,B,C,0,181,0,0,0,0\n\"\"\"\"\"\n\n";
-    const auto result = measureText(flightNorth(100.0) + bad, shown({}, 20.0) + bad);
-    EXPECT_GE(result->flights.unreadableRows, 12U);
-    EXPECT_EQ(result->measured.air.objects, 1U);
-    EXPECT_EQ(result->measured.targets, 1U);
+    const Result result(flightNorth(100.0) + bad, shown({}, 20.0) + bad);
+    EXPECT_GE(result.flights.unreadableRows, 12U);
+    EXPECT_EQ(result.measured.air.objects, 1U);
+    EXPECT_EQ(result.measured.targets, 1U);
 
     Flights flights;
     std::istringstream otherFile("a,b,c\n1,2,3\n");
@@ -176,11 +167,10 @@ TEST(MeasureFlights, HostileRowsAreCountedAndHarmNothing) {
 }
 
 TEST(MeasureFlights, ReportsHoldTheFiguresAndEscapeForeignText) {
-    const auto result =
-        measureText(flightNorth(100.0) + "1,30000,<b>,,,0,0,0,0,0,0\n2,30000,<b>,,,0,0,0,0,0,0\n",
-                    shown({.besideM = 25.0}, 50.0) + "0,32,8,<b>,<script>,0,0,0,0\n");
-    EXPECT_NE(tableOf(result->measured).find("25.0"), std::string::npos);
-    const std::string page = pageOf(result->measured, "flights", tableOf(result->measured));
+    const Result result(flightNorth(100.0) + "1,30000,<b>,,,0,0,0,0,0,0\n2,30000,<b>,,,0,0,0,0,0,0\n",
+                        shown({.besideM = 25.0}, 50.0) + "0,32,8,<b>,<script>,0,0,0,0\n");
+    EXPECT_NE(tableOf(result.measured).find("25.0"), std::string::npos);
+    const std::string page = pageOf(result.measured, "flights", tableOf(result.measured));
     EXPECT_EQ(page.find("<script>"), std::string::npos);
     EXPECT_NE(page.find("&lt;script&gt;"), std::string::npos);
     EXPECT_NE(page.find("Demo &quot;A320&quot;, SWR"), std::string::npos);

@@ -1,148 +1,104 @@
 // The stand-in simulator as a user watches it: the real program, a client over TCP, a real browser.
 
 #include "model/simconnect.h"
-#include "standins/simulator/wire.h"
+#include "simlink/simconnect.h"
+#include "support/places.h"
 #include "support/tempfolder.h"
 #include "tests/browser/linux/browser.h"
 
-#include "support/places.h"
-
-#include <gtest/gtest.h>
-
-#include <asio/connect.hpp>
-#include <asio/io_context.hpp>
-#include <asio/ip/tcp.hpp>
-#include <asio/read.hpp>
-#include <asio/write.hpp>
 #include <chrono>
 #include <csignal>
+#include <cstring>
 #include <map>
 #include <memory>
 #include <regex>
+#include <stdexcept>
 #include <string_view>
+#include <thread>
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
 
 namespace {
 
+using namespace kst;
 using namespace kst::simconnect;
-using kst::standin::Bytes;
-using kst::standin::ByteView;
-using kst::standin::PacketReader;
-using kst::standin::PacketWriter;
 using kst::test::Browser;
 using kst::test::ChildProcess;
 using nlohmann::json;
 
-/// A traffic program that puts two aircraft into the simulator: one parked and frozen, one that the
-/// simulator flies on by itself.
+/// A traffic program that puts aircraft into the simulator.
 class TrafficProgram {
 public:
-    explicit TrafficProgram(std::uint16_t port) : socket_(context_) {
-        socket_.connect({asio::ip::address_v4::loopback(), port});
-        PacketWriter open;
-        open.text("Browser test", 256).u32(0).u32(0x50334400).u32(5).u32(3).u32(0).u32(0);
-        send(OpOpen, open);
-        PacketWriter speed;
-        speed.u32(1).text("Airspeed True", 256).text("knots", 256).u32(TypeFloat64).f32(0).u32(unused);
-        send(OpAddToDataDefinition, speed);
-        mapEvent(LandingLightsSet, "LANDING_LIGHTS_SET");
-        mapEvent(FreezeLatitudeLongitudeSet, "FREEZE_LATITUDE_LONGITUDE_SET");
-    }
-
-    std::uint32_t create(std::string_view title, std::string_view tailNumber, double lat, double lon,
-                         double altFt, bool onGround) {
-        PacketWriter body;
-        body.text(title, 256).text(tailNumber, 12).f64(lat).f64(lon).f64(altFt).f64(0).f64(0).f64(45);
-        body.u32(onGround ? 1 : 0).u32(0).u32(RequestCreate);
-        send(OpAICreateNonATCAircraft, body);
-        while (true) {
-            const Bytes message = receive();
-            PacketReader reader(message);
-            reader.skip(8);
-            if (reader.u32() != RecvAssignedObjectId)
-                continue;
-            reader.skip(4);
-            return reader.u32();
+    TrafficProgram(const test::TempFolder& folder, int port) {
+        folder.write("SimConnect.cfg",
+                     fmt::format("[SimConnect]\nProtocol=IPv4\nAddress=127.0.0.1\nPort={}\n", port));
+        if (SimConnect_Open(handle_, "Browser test", nullptr, 0, nullptr, 0) != simOk)
+            throw std::runtime_error("no connection to the simulator");
+        SimConnect_AddToDataDefinition(handle_, 1, "Airspeed True", "knots", TypeFloat64, 0.0F, unused);
+        for (const auto& [event, name] :
+             {std::pair(LandingLightsSet, "LANDING_LIGHTS_SET"),
+              std::pair(FreezeLatitudeLongitudeSet, "FREEZE_LATITUDE_LONGITUDE_SET")}) {
+            SimConnect_MapClientEventToSimEvent(handle_, event, name);
+            SimConnect_AddClientEventToNotificationGroup(handle_, notificationGroup, event, true);
         }
+    }
+    ~TrafficProgram() { SimConnect_Close(handle_); }
+    TrafficProgram(const TrafficProgram&) = delete;
+    TrafficProgram& operator=(const TrafficProgram&) = delete;
+
+    std::uint32_t create(std::string_view title, std::string_view tailNumber, const InitPosition& place) {
+        SimConnect_AICreateNonATCAircraft(handle_, title, tailNumber, place, RequestCreate);
+        heard_.erase(RecvAssignedObjectId);
+        dispatchUntil(RecvAssignedObjectId);
+        return heard_[RecvAssignedObjectId];
     }
     void setSpeed(std::uint32_t object, double knots) {
-        PacketWriter body;
-        body.u32(1).u32(object).u32(0).u32(1).u32(8).f64(knots);
-        send(OpSetDataOnSimObject, body);
+        SimConnect_SetDataOnSimObject(handle_, 1, object, 0, 0, sizeof knots, &knots);
     }
     void transmit(std::uint32_t object, std::uint32_t event, std::uint32_t value) {
-        PacketWriter body;
-        body.u32(object).u32(event).u32(value).u32(notificationGroup).u32(0);
-        send(OpTransmitClientEvent, body);
+        SimConnect_TransmitClientEvent(handle_, object, event, value, notificationGroup, 0);
     }
-    /// Reads on until a message of that kind comes.
-    void await(std::uint32_t id) {
-        while (true) {
-            const Bytes message = receive();
-            PacketReader reader(message);
-            reader.skip(8);
-            if (reader.u32() == id)
-                return;
-        }
-    }
-    /// Whether the simulator has closed the connection; reads all that comes before.
-    bool closed() {
-        std::array<std::uint8_t, 4096> rest{};
-        asio::error_code error;
-        while (!error)
-            socket_.read_some(asio::buffer(rest), error);
-        return error == asio::error::eof || error == asio::error::connection_reset;
+    /// Dispatches until the simulator closes the connection. Whether it said that it quits before.
+    bool hearsQuitUntilTheEnd() {
+        dispatchUntil(unused);
+        return heard_.contains(RecvQuit);
     }
 
 private:
-    void mapEvent(std::uint32_t id, std::string_view name) {
-        PacketWriter map;
-        map.u32(id).text(name, 256);
-        send(OpMapClientEventToSimEvent, map);
-        PacketWriter group;
-        group.u32(notificationGroup).u32(id).u32(1);
-        send(OpAddClientEventToNotificationGroup, group);
+    void dispatchUntil(std::uint32_t id) {
+        while (SimConnect_CallDispatch(handle_, hear, &heard_) == simOk && !heard_.contains(id))
+            std::this_thread::yield();
     }
-    void send(std::uint32_t operation, PacketWriter& body) {
-        PacketWriter packet;
-        packet.u32(static_cast<std::uint32_t>(16 + body.data().size()))
-            .u32(protocolVersion)
-            .u32(operationMark + operation)
-            .u32(++sendId_)
-            .bytes(body.data());
-        asio::write(socket_, asio::buffer(packet.data()));
-    }
-    Bytes receive() {
-        Bytes message(4);
-        asio::read(socket_, asio::buffer(message));
-        message.resize(PacketReader(message).u32());
-        asio::read(socket_, asio::buffer(message.data() + 4, message.size() - 4));
-        return message;
+    /// Keeps of each kind of message its second field.
+    static void hear(const void* message, std::uint32_t size, void* heard) {
+        std::uint32_t words[5] = {};
+        std::memcpy(words, message, std::min<std::size_t>(size, sizeof words));
+        (*static_cast<std::map<std::uint32_t, std::uint32_t>*>(heard))[words[2]] = words[4];
     }
 
-    asio::io_context context_;
-    asio::ip::tcp::socket socket_;
-    std::uint32_t sendId_ = 0;
+    SimHandle handle_ = noSimHandle;
+    std::map<std::uint32_t, std::uint32_t> heard_;
 };
 
 class Radar : public ::testing::Test {
 protected:
     void SetUp() override {
         output = folder.path() / "simulator.txt";
-        const std::vector<std::string> words{
-            (kst::test::buildFolder() / "standins/simulator-standin").string(),
-            "--tcp",
-            "0",
-            "--user",
-            "47.458,8.548,0",
-            "--on-ground",
-            "--airport",
-            "47.458,8.548,1416",
-            "--time",
-            "1709287200",
-            "--history",
-            (folder.path() / "history.csv").string(),
-            "--history-interval",
-            "0.2"};
+        const std::vector<std::string> words = {(test::buildFolder() / "standins/simulator-standin").string(),
+                                                "--tcp",
+                                                "0",
+                                                "--user",
+                                                "47.458,8.548,0",
+                                                "--on-ground",
+                                                "--airport",
+                                                "47.458,8.548,1416",
+                                                "--time",
+                                                "1709287200",
+                                                "--history",
+                                                (folder.path() / "history.csv").string(),
+                                                "--history-interval",
+                                                "0.2"};
         simulator = std::make_unique<ChildProcess>(words, std::map<std::string, std::string>{}, folder.path(),
                                                    output);
         clientPort = number("tcp ([0-9]+)", "tcp ");
@@ -152,7 +108,7 @@ protected:
     }
 
     int number(const char* pattern, const char* lineMark) {
-        const std::string line = kst::test::printedLine(output, lineMark);
+        const std::string line = test::printedLine(output, lineMark);
         std::smatch match;
         return std::regex_search(line, match, std::regex(pattern)) ? std::stoi(match[1].str()) : 0;
     }
@@ -174,7 +130,7 @@ protected:
         return {};
     }
 
-    kst::test::TempFolder folder;
+    test::TempFolder folder;
     std::filesystem::path output;
     std::unique_ptr<ChildProcess> simulator;
     int clientPort = 0;
@@ -182,9 +138,10 @@ protected:
 };
 
 TEST_F(Radar, ShowsTheTrafficMoveInARealBrowser) {
-    TrafficProgram program(static_cast<std::uint16_t>(clientPort));
-    const std::uint32_t flying = program.create("Test A320", "FLYING1", 47.47, 8.52, 30000.0, false);
-    const std::uint32_t parked = program.create("Test <b>737</b>", "PARKED1*", 47.4585, 8.549, 0.0, true);
+    TrafficProgram program(folder, clientPort);
+    const std::uint32_t flying = program.create("Test A320", "FLYING1", {47.47, 8.52, 30000.0, 0, 0, 45});
+    const std::uint32_t parked =
+        program.create("Test <b>737</b>", "PARKED1*", {47.4585, 8.549, 0, 0, 0, 45, 1});
     program.transmit(parked, FreezeLatitudeLongitudeSet, 1);
     program.transmit(flying, LandingLightsSet, 1);
     program.setSpeed(flying, 450.0);
@@ -237,49 +194,39 @@ TEST_F(Radar, ShowsTheTrafficMoveInARealBrowser) {
 
     // Quitting from the page tells the client and ends the program.
     browser.click("button[data-action='quit']");
-    program.await(RecvQuit);
-    EXPECT_TRUE(program.closed());
+    EXPECT_TRUE(program.hearsQuitUntilTheEnd());
     EXPECT_EQ(simulator->wait(std::chrono::seconds(60)), 0);
 }
 
 TEST_F(Radar, ControlsReachTheSimulator) {
-    TrafficProgram program(static_cast<std::uint16_t>(clientPort));
-    program.create("Test A320", "ONE", 47.47, 8.52, 9000.0, false);
+    TrafficProgram program(folder, clientPort);
+    program.create("Test A320", "ONE", {47.47, 8.52, 9000.0});
     EXPECT_EQ(control(R"({"action": "teleport", "lat": 50.0, "lon": 8.6, "alt": 7000})"), 200);
     const json user = ask("/state.json").at("user");
     EXPECT_EQ(user.at("lat"), 50.0);
     EXPECT_EQ(user.at("alt"), 7000.0);
     EXPECT_FALSE(user.at("ground").get<bool>());
 
-    struct Case {
-        const char* body;
-        const char* type;
-    };
-    const Case wrong[] = {{"", "application/json"},
-                          {"{", "application/json"},
-                          {"[]", "application/json"},
-                          {R"({"action": "explode"})", "application/json"},
-                          {R"({"action": 7})", "application/json"},
-                          {R"({"action": "teleport", "lat": 95, "lon": 0})", "application/json"},
-                          {R"({"action": "teleport", "lat": "x"})", "application/json"},
-                          {R"({"action": "pause"})", "text/plain"}};
-    for (const Case& each : wrong)
-        EXPECT_EQ(control(each.body, each.type), 400) << each.body;
+    for (const char* wrong :
+         {"", "{", "[]", R"({"action": "explode"})", R"({"action": 7})",
+          R"({"action": "teleport", "lat": 95, "lon": 0})", R"({"action": "teleport", "lat": "x"})"})
+        EXPECT_EQ(control(wrong), 400) << wrong;
+    EXPECT_EQ(control(R"({"action": "pause"})", "text/plain"), 400);
     EXPECT_FALSE(ask("/state.json").at("paused").get<bool>());
     EXPECT_EQ(ask("/history.json?id=nonsense"), json::array());
 
     EXPECT_EQ(control(R"({"action": "drop"})"), 200);
-    EXPECT_TRUE(program.closed());
+    EXPECT_FALSE(program.hearsQuitUntilTheEnd());
     EXPECT_TRUE(ask("/state.json").at("objects").empty()) << "its objects went with the client";
 }
 
 TEST_F(Radar, EndsCleanlyOnTheTerminationSignalAndLeavesTheHistory) {
-    TrafficProgram program(static_cast<std::uint16_t>(clientPort));
-    const std::uint32_t id = program.create("A \"quoted\", title", "HISTORY", 47.47, 8.52, 9000.0, false);
+    TrafficProgram program(folder, clientPort);
+    const std::uint32_t id = program.create("A \"quoted\", title", "HISTORY", {47.47, 8.52, 9000.0});
     while (ask("/history.json?id=" + std::to_string(id)).size() < 5) {
     }
     simulator->signal(SIGTERM);
-    program.await(RecvQuit);
+    EXPECT_TRUE(program.hearsQuitUntilTheEnd());
     EXPECT_EQ(simulator->wait(std::chrono::seconds(60)), 0);
     const std::string content = folder.read("history.csv").value_or("");
     EXPECT_EQ(content.rfind("time,seconds,id,tail_number,title,lat,lon,alt_ft,", 0), 0U);

@@ -51,18 +51,15 @@ TEST_F(BadServer, NothingOfAFailedTransferStays) {
         std::function<void(DownloadOptions&)> change;
     };
     const Case cases[] = {
-        {"not found", [](DownloadOptions& options) { options.faults.status = 404; }},
-        {"server error", [](DownloadOptions& options) { options.faults.status = 500; }},
-        {"truncated", [](DownloadOptions& options) { options.faults.truncate = 100; }},
-        {"stalled", [](DownloadOptions& options) { options.faults.stallSeconds = 30.0; }},
-        {"too large", [](DownloadOptions& options) { options.faults.endless = true; }},
-        {"unknown certificate", [](DownloadOptions& options) { options.https = true; }},
-        {"redirect to plain HTTP",
-         [](DownloadOptions& options) {
-             options.faults.redirect = "http://127.0.0.1:1/downloads/dbase.zip";
-         }},
-        {"redirect to a file",
-         [](DownloadOptions& options) { options.faults.redirect = "file:///etc/hostname"; }},
+        {"not found", [](auto& options) { options.faults.status = 404; }},
+        {"server error", [](auto& options) { options.faults.status = 500; }},
+        {"truncated", [](auto& options) { options.faults.truncate = 100; }},
+        {"stalled", [](auto& options) { options.faults.stallSeconds = 30.0; }},
+        {"too large", [](auto& options) { options.faults.endless = true; }},
+        {"unknown certificate", [](auto& options) { options.https = true; }},
+        {"to plain HTTP",
+         [](auto& options) { options.faults.redirect = "http://127.0.0.1:1/downloads/dbase.zip"; }},
+        {"to a file", [](auto& options) { options.faults.redirect = "file:///etc/hostname"; }},
     };
     downloadLimits().stallSeconds = 1;
     downloadLimits().largest = 1'000'000;

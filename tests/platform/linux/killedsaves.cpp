@@ -97,58 +97,48 @@ TEST(KilledSaveTest, TheFileHoldsTheOldOrTheNewValues) {
 
 TEST(KilledSaveTest, ASaveOfARunningProcessIsNoLeftover) {
     const test::TempFolder folder;
-    folder.write("a.xml.1-7.new", "process 1 always runs");
-    folder.write("a.xml.-5-7.new", "");
-    folder.write("a.xml.new", "");
-    folder.write(".99999999-1.new", "");
+    const char* const kept[] = {"a.xml.1-7.new", // process 1 always runs
+                                "a.xml.-5-7.new",       "a.xml.new",     ".99999999-1.new",
+                                "a.xml.99999999-x.new", "99999999-1.new"};
+    for (const char* name : kept) {
+        folder.write(name, "");
+    }
     folder.write("a.xml.99999999-1.new", "beyond any process");
-    folder.write("a.xml.99999999-x.new", "");
-    folder.write("99999999-1.new", "");
     platform::removeLeftovers(".");
     platform::removeLeftovers("no such folder");
     EXPECT_FALSE(std::filesystem::exists("a.xml.99999999-1.new"));
-    for (const char* kept : {"a.xml.1-7.new", "a.xml.-5-7.new", "a.xml.new", ".99999999-1.new",
-                             "a.xml.99999999-x.new", "99999999-1.new"}) {
-        EXPECT_TRUE(std::filesystem::exists(kept)) << kept;
+    for (const char* name : kept) {
+        EXPECT_TRUE(std::filesystem::exists(name)) << name;
     }
 }
 
-TEST(FullDiskTest, AFailedSaveKeepsTheOldFileAndTheNewValue) {
+TEST(FullDiskTest, AFailedSaveIsLoggedAndKeepsTheOldFileAndTheNewValue) {
     const test::TempFolder folder;
     readParameters();
     const std::string before = folder.read("user/roaming/Kestrane_P3D/parameters.xml").value_or("");
-    const pid_t child = startChild([] {
-        std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit full = {8192, 8192};
-        setrlimit(RLIMIT_FSIZE, &full);
-        openLog();
-        SIM_INSTALL_PATH.set(std::string(valueLength, 'x'));
-        const bool saved = saveParameter(SIM_INSTALL_PATH);
-        logLine("the log goes on");
-        const bool valueStays = SIM_INSTALL_PATH.get().size() == valueLength;
-        // The logged value alone fills the log; what comes after must not take the program down.
-        return !saved && valueStays ? 42 : 1;
-    });
-    EXPECT_EQ(resultOf(child), 42);
-    EXPECT_EQ(folder.read("user/roaming/Kestrane_P3D/parameters.xml"), before);
-    EXPECT_EQ(filesBesideStore(), 1U);
-}
-
-TEST(FullDiskTest, TheLogTellsThatTheSaveFailed) {
-    const test::TempFolder folder;
-    readParameters();
-    const pid_t child = startChild([] {
-        std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit full = {1024, 1024}; // less than the parameters need
-        setrlimit(RLIMIT_FSIZE, &full);
-        openLog();
-        MAX_LIVE.set(9);
-        return saveParameter(MAX_LIVE) ? 1 : 42;
-    });
-    EXPECT_EQ(resultOf(child), 42);
-    EXPECT_THAT(folder.read("Log.txt").value_or(""),
-                testing::EndsWith("\nMAX_LIVE=9\nsaving xml did not work?\n"));
-    EXPECT_EQ(storedParameterText("MAX_LIVE"), "-1");
+    struct Case {
+        rlim_t limit;
+        std::size_t length; ///< of the saved value
+        std::string logEnd; ///< empty where the logged value alone fills the log
+    };
+    const Case cases[] = {{8192, valueLength, ""}, // less than the parameters need:
+                          {1024, 3, "\nSIM_INSTALL_PATH=xxx\nsaving xml did not work?\nthe log goes on\n"}};
+    for (const Case& c : cases) {
+        const pid_t child = startChild([&] {
+            std::signal(SIGXFSZ, SIG_IGN);
+            const rlimit full = {c.limit, c.limit};
+            setrlimit(RLIMIT_FSIZE, &full);
+            openLog();
+            SIM_INSTALL_PATH.set(std::string(c.length, 'x'));
+            const bool saved = saveParameter(SIM_INSTALL_PATH);
+            logLine("the log goes on");
+            return !saved && SIM_INSTALL_PATH.get().size() == c.length ? 42 : 1;
+        });
+        EXPECT_EQ(resultOf(child), 42) << c.limit;
+        EXPECT_THAT(folder.read("Log.txt").value_or(""), testing::EndsWith(c.logEnd));
+        EXPECT_EQ(folder.read("user/roaming/Kestrane_P3D/parameters.xml"), before) << c.limit;
+        EXPECT_EQ(filesBesideStore(), 1U) << c.limit;
+    }
 }
 
 TEST(ReplacedFileTest, ModeAndLinkOfTheOldFileStay) {
