@@ -19,7 +19,8 @@ void SentLog::add(double wallSeconds, const TrafficReport& report) {
     if (report.trackDeg) {
         out_ << fmt::format("{:.1f}", *report.trackDeg);
     }
-    out_ << (report.onGround ? ",1\n" : ",0\n");
+    // Whole lines at once: a test reads along.
+    out_ << (report.onGround ? ",1\n" : ",0\n") << std::flush;
 }
 
 } // namespace kst::standin

@@ -3,9 +3,8 @@
 
 #include "core/geodesy.h"
 #include "support/places.h"
-#include "system/linux/display.h"
 #include "system/linux/host.h"
-#include "system/linux/systemworld.h"
+#include "system/linux/session.h"
 
 #include <algorithm>
 #include <fstream>
@@ -22,7 +21,9 @@ namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using nlohmann::json;
 using platform::Rect;
+using test::areaOf;
 using test::Picture;
+using test::Session;
 using test::SystemWorld;
 using test::waitFor;
 
@@ -65,48 +66,8 @@ constexpr double userLat = 47.6;
 constexpr double userLon = 8.55;
 constexpr const char* wednesdayNoon = "1700049600";
 
-Rect areaOf(int controlId) {
-    return layout::controlArea(layout::controls[layout::controlIndex(controlId)]);
-}
-
-/// By the fill beside the mark or the text, as the Qt controls have it.
-bool looksEnabled(const Picture& picture, int controlId) {
-    constexpr platform::Colour disabledBox{176, 204, 232};
-    constexpr platform::Colour disabledCheckBox{190, 212, 234};
-    const Rect area = areaOf(controlId);
-    const bool checkBox = area.bottom - area.top == layout::checkBoxSize;
-    const platform::Colour fill = picture.at(checkBox ? area.left + 3 : area.right - 4, area.top + 3);
-    return fill != (checkBox ? disabledCheckBox : disabledBox);
-}
-
-/// The program between the stand-ins with a park airport, and a person at its window.
-class Session {
-public:
-    Session() : hand(world) {}
-
-    void start();
-    std::string stored(const std::string& parameter) const;
-    bool holds(const std::string& parameter, const std::string& value) const {
-        return waitFor([&] { return stored(parameter) == value; }, 10s);
-    }
-    /// The parameter's value, and where the system tells it, the text of its box.
-    void expectBox(int controlId, const char* parameter, const std::string& value, const std::string& shown,
-                   std::chrono::seconds limit = 10s) const;
-    void expectEnabled(int controlId, bool enabled, std::chrono::seconds limit = 30s);
-    /// The log says the text once more than before `during`.
-    void expectLogged(const std::string& text, const std::function<void()>& during,
-                      std::chrono::seconds limit = 30s) const;
-    /// Objects of the feed, or parked ones, with their distance from the user in nautical miles.
-    std::vector<json> objects(bool parked) const;
-    bool messageShown(const Picture& picture) const {
-        return picture.count(layout::bandArea(Band::Message), layout::yellow) > 0;
-    }
-
-    SystemWorld world;
-    test::Hand hand;
-};
-
-void Session::start() {
+void start(Session& session) {
+    SystemWorld& world = session.world;
     const fs::path made = test::buildFolder() / "made" / "downloads" / "P3D";
     fs::copy(made, world.folder() / "downloads" / "P3D", fs::copy_options::recursive);
     std::ofstream(world.folder() / "airports" / "my_park_airports.txt") << "LSZH\n";
@@ -130,64 +91,6 @@ void Session::start() {
     world.startRealTraffic();
     world.startProgram();
     ASSERT_TRUE(world.logSays("RealTraffic connected")) << "the link was never made";
-}
-
-std::string Session::stored(const std::string& parameter) const {
-    const std::string content = test::contentOf(world.parametersFile());
-    const std::string head = fmt::format("name=\"{}\" value=\"", parameter);
-    const std::size_t found = content.find(head);
-    if (found == std::string::npos) {
-        return "no such parameter";
-    }
-    const std::size_t begin = found + head.size();
-    return content.substr(begin, content.find('"', begin) - begin);
-}
-
-void Session::expectBox(int controlId, const char* parameter, const std::string& value,
-                        const std::string& shown, std::chrono::seconds limit) const {
-    EXPECT_TRUE(holds(parameter, value)) << parameter << " is " << stored(parameter);
-    std::string text;
-    EXPECT_TRUE(waitFor(
-        [&] {
-            const auto state = test::host::windowState(world.folder());
-            text = state ? state->controls.at(controlId).text : shown;
-            return text == shown;
-        },
-        limit))
-        << parameter << ": the box shows " << text;
-}
-
-void Session::expectEnabled(int controlId, bool enabled, std::chrono::seconds limit) {
-    EXPECT_TRUE(waitFor(
-        [&] {
-            const auto state = test::host::windowState(world.folder());
-            return (state ? state->controls.at(controlId).enabled : looksEnabled(hand.look(), controlId)) ==
-                   enabled;
-        },
-        limit))
-        << "control " << controlId;
-}
-
-void Session::expectLogged(const std::string& text, const std::function<void()>& during,
-                           std::chrono::seconds limit) const {
-    const std::size_t before = world.log().size();
-    during();
-    EXPECT_TRUE(waitFor([&] { return world.log().find(text, before) != std::string::npos; }, limit)) << text;
-}
-
-std::vector<json> Session::objects(bool parked) const {
-    std::vector<json> found;
-    const json state = json::parse(world.simulatorState(), nullptr, false);
-    if (!state.is_object()) {
-        return found;
-    }
-    for (json object : state.at("objects")) {
-        if (object.at("tail").get<std::string>().ends_with('*') == parked) {
-            object["nm"] = gf_distanceNm({userLat, userLon}, {object.at("lat"), object.at("lon")});
-            found.push_back(object);
-        }
-    }
-    return found;
 }
 
 /// The mark, the label's colour and the message line, as a picture shows them.
@@ -433,12 +336,16 @@ void flushAndReRead(Session& session) {
     session.expectEnabled(control::ReRead, true);
 }
 
+double milesAway(const json& object) {
+    return gf_distanceNm({userLat, userLon}, {object.at("lat"), object.at("lon")});
+}
+
 void limitTheTraffic(Session& session) {
     // Those that the program has taken over; what is being created the simulator still flies by itself.
     const auto flying = [&](double fartherThanNm) {
         const auto now = session.objects(false);
         return std::count_if(now.begin(), now.end(), [&](const json& each) {
-            return each.at("nm") > fartherThanNm && !each.at("ground").get<bool>() &&
+            return milesAway(each) > fartherThanNm && !each.at("ground").get<bool>() &&
                    each.at("frozen").get<bool>();
         });
     };
@@ -480,7 +387,7 @@ void restart(Session& session) {
 
 TEST(WindowControls, EachIsUsedOnceAndHasItsEffect) {
     Session session;
-    ASSERT_NO_FATAL_FAILURE(session.start());
+    ASSERT_NO_FATAL_FAILURE(start(session));
     const auto began = std::chrono::steady_clock::now();
     const auto part = [&](const char* name, void (*run)(Session&)) {
         SCOPED_TRACE(name);
