@@ -79,6 +79,13 @@ TEST_F(ReferenceDocument, WingSpansGiveClassMeansAndSkipUnknownModels) {
     EXPECT_DOUBLE_EQ(maxHalfWingSpan(), 64.4 * halfMetre) << "a skipped model does not raise the maximum";
 }
 
+TEST_F(ReferenceDocument, FixesLeadToAModelAndTheFirstCounts) {
+    read(requiredSections() + R"(<fixes><fx wro="A-320" cor="A320"/><fx wro="A-320" cor="C172"/>)"
+                              R"(<fx wro="X" cor="ZZ99"/></fixes>)");
+    EXPECT_EQ(referenceTables().modelFixes.size(), 1U);
+    EXPECT_EQ(referenceTables().modelFixes.at("A-320"), "A320");
+}
+
 TEST_F(ReferenceDocument, MissingOrEmptySectionNamesItself) {
     const std::string good = requiredSections();
     for (const char* section : {"aircrafts", "heavy", "large", "buzjet", "rotorcraft", "high_performance",
