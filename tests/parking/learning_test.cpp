@@ -16,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 
 namespace kst::test {
 namespace {
@@ -80,12 +81,7 @@ protected:
 };
 
 TEST_F(Learning, WhereTheLearnedFileLies) {
-    struct Case {
-        const char* location;
-        const char* publisher;
-        const char* path;
-    };
-    const Case cases[] = {
+    const std::array<const char*, 3> cases[] = {
         {"", "stock", ""},
         {"archive/stock/LSZH.xml", "stock", "airports/learned/stock/LSZH.xml"},
         {"archive/thirdparty/Fly%20High%20Ltd/EGLL.xml", "Fly High Ltd",
@@ -96,24 +92,23 @@ TEST_F(Learning, WhereTheLearnedFileLies) {
         {"airports/my_thirdparty/EGLL.xml", "../../a:b", "airports/learned/thirdparty/.._.._a_b/EGLL.xml"},
         {"airports/my_thirdparty/EGLL.xml", "..", "airports/learned/thirdparty/unknown/EGLL.xml"},
     };
-    for (const Case& entry : cases) {
-        EXPECT_EQ(lf_learnedApfPath(entry.location, entry.publisher), fs::path(entry.path)) << entry.location;
+    for (const auto& [location, publisher, path] : cases) {
+        EXPECT_EQ(lf_learnedApfPath(location, publisher), fs::path(path)) << location;
     }
 }
 
 TEST_F(Learning, HowMuchIsKnown) {
     EXPECT_EQ(gf_qualityFactor(), QualityFactors{});
-    struct Case {
-        const char* name;
-        std::vector<ParkOption> options; ///< on the first of three stands
-        QualityFactors expected;
-    };
     ParkOption guess = observation("HB-JCA", 1, {0}, true);
     guess.real = false;
     std::vector<ParkOption> many(400, observation("HB-JCA", 1, {0, 1, 2, 3}, true));
     // 10,000 for a known stand, 20 for each observation, 100 for each day, 2 for each half hour, over three
     // stands.
-    const Case cases[] = {
+    const struct {
+        const char* name;
+        std::vector<ParkOption> options; ///< on the first of three stands
+        QualityFactors expected;
+    } cases[] = {
         {"one", {observation("HB-JCA", 1, {0}, true)}, {21, 0}},           // 10122 / 3 * 0.00625
         {"any day", {observation("HB-JCA", 0, {0, 1, 2}, true)}, {21, 0}}, // 10026
         {"two days", {observation("HB-JCA", 1, {}, true), observation("HB-JCA", 7, {}, true)}, {21, 0}},
@@ -121,27 +116,25 @@ TEST_F(Learning, HowMuchIsKnown) {
         {"both", {guess, observation("HB-JCA", 1, {0}, false)}, {21, 21}},
         {"very many", many, {32, 0}}, // 10000 + 4000 + 100 + 1200
     };
-    for (const Case& entry : cases) {
+    for (const auto& entry : cases) {
         SCOPED_TRACE(entry.name);
         stand("A1").options.clear();
         for (const ParkOption& option : entry.options) {
             addOption(stand("A1"), option);
         }
-        const QualityFactors quality = gf_qualityFactor();
-        EXPECT_EQ(quality.Qf_real, entry.expected.Qf_real);
-        EXPECT_EQ(quality.Qf_soft, entry.expected.Qf_soft);
+        EXPECT_EQ(gf_qualityFactor(), entry.expected);
         for (ParkOption& option : stand("A1").options) {
             option.seq = 0;
         }
         EXPECT_EQ(gf_qualityFactor(), (QualityFactors{0, 0})) << "dead ones do not count";
     }
     // Every stand as well known as can be.
+    for (int day = 1; day <= 7; ++day) {
+        many.push_back(observation("HB-JCA", day, {47}, true));
+    }
+    std::ranges::for_each(many, [](ParkOption& option) { option.seq = 1; });
     for (ParkPos& each : loadedAirport().stands) {
         each.options = many;
-        for (int day = 1; day <= 7; ++day) {
-            addOption(each, observation("HB-JCA", day, {47}, true));
-        }
-        std::ranges::for_each(each.options, [](ParkOption& option) { option.seq = 1; });
     }
     EXPECT_EQ(gf_qualityFactor().Qf_real, 99);
 }
@@ -255,17 +248,16 @@ TEST_F(Learning, OnlyWhatWasLearnedIsSavedAtTheRenewal) {
 }
 
 TEST_F(Learning, WhatASaveTells) {
-    struct Case {
+    const struct {
         int changes;
         bool parameters, handmade;
         const char* text;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {1, false, false, " \"{}\" saved with 1 update "},
         {2, true, false, " \"{}\" saved with 2 updates and one or more parameter changes"},
         {0, true, true, " handmade \"{}\" saved with 0 updates and one or more parameter changes"},
     };
-    for (const Case& entry : cases) {
+    for (const auto& entry : cases) {
         for (int i = 0; i < entry.changes; ++i) {
             noteStandChange();
         }
@@ -294,14 +286,12 @@ TEST_F(Learning, FailedSaveLeavesEverythingAsItWas) {
 }
 
 TEST_F(Learning, SoftLearningIsBarredWhereMuchIsKnown) {
-    struct Case {
+    const struct {
         int quality;
         std::size_t stands;
         bool wanted, barred;
-    };
-    const Case cases[] = {
-        {45, 20, true, true}, {44, 20, true, false}, {45, 19, true, false}, {99, 200, false, true}};
-    for (const Case& entry : cases) {
+    } cases[] = {{45, 20, true, true}, {44, 20, true, false}, {45, 19, true, false}, {99, 200, false, true}};
+    for (const auto& entry : cases) {
         LEARN_SOFT.set(entry.wanted);
         parametersChanged = false;
         loadedAirport().quality = {entry.quality, 0};
@@ -315,11 +305,7 @@ TEST_F(Learning, SoftLearningIsBarredWhereMuchIsKnown) {
 }
 
 TEST_F(Learning, WhetherAnAirportCanBeLearnedOffLine) {
-    struct Case {
-        const char* parameters;
-        bool suitable;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, bool> cases[] = {
         {"<parameter name=\"Qf_real\" value=\"3\"/>", true},
         {"<parameter name=\"Qf_real\" value=\"-1\"/><parameter name=\"Qf_soft\" value=\"0\"/>", true},
         {"<parameter name=\"Qf_real\" value=\"-1\"/><parameter name=\"Qf_soft\" value=\"-1\"/>", false},
@@ -330,10 +316,10 @@ TEST_F(Learning, WhetherAnAirportCanBeLearnedOffLine) {
     };
     setEnvironment("KESTRANE_DOWNLOAD_ROOT",
                    "file://" + (folder.path() / "server/downloads/").generic_string());
-    for (const Case& entry : cases) {
+    for (const auto& [parameters, suitable] : cases) {
         folder.write("server/downloads/P3D/archive/stock/LSZH.xml",
-                     fmt::format("<parameters>{}</parameters>", entry.parameters));
-        EXPECT_EQ(gf_stockIsSuitable("LSZH"), entry.suitable) << entry.parameters;
+                     fmt::format("<parameters>{}</parameters>", parameters));
+        EXPECT_EQ(gf_stockIsSuitable("LSZH"), suitable) << parameters;
     }
     EXPECT_FALSE(gf_stockIsSuitable("EGLL"));
     EXPECT_FALSE(gf_stockIsSuitable("../stock/LSZH"));

@@ -23,9 +23,11 @@ namespace {
 
 using testing::HasSubstr;
 
+/// An observation: on Tuesday, of a flight without a second callsign, unless told otherwise.
 struct Seen {
-    std::string stand, cs, cs2, reg;
-    int day, from, to;
+    std::string stand, cs, reg;
+    int from, to, day = 2;
+    std::string cs2{};
 };
 
 class Population : public testing::Test, protected ParkingWorld {
@@ -107,45 +109,23 @@ TEST_F(Population, WhoIsWanted) {
     const struct {
         const char* name;
         std::vector<Seen> seen;
-        int fit;
-        bool week;
         const char* queue;
+        int fit = 0;
+        bool week = false;
     } cases[] = {
-        {"in this half hour only",
-         {{"S1", "A", "", "1", 2, 20, 20}, {"S2", "B", "", "2", 2, 19, 19}},
-         0,
-         false,
-         "S1:A-0"},
-        {"and before",
-         {{"S1", "A", "", "1", 2, 20, 20}, {"S2", "B", "", "2", 2, 19, 19}},
-         1,
-         false,
-         "S1:A-0 S2:B-1"},
-        {"of this day", {{"S1", "A", "", "1", 3, 20, 20}}, 0, false, ""},
-        {"of any day", {{"S1", "A", "", "1", 3, 20, 20}}, 0, true, "S1:A-0"},
-        {"of no day", {{"S1", "A", "", "1", 0, 20, 20}}, 0, false, "S1:A-0"},
-        {"the day before", {{"S1", "A", "", "1", 1, 47, 47}}, 21, false, "S1:A-21"},
-        {"not so far", {{"S1", "A", "", "1", 1, 47, 47}}, 20, false, ""},
-        {"a flight once",
-         {{"S1", "A", "", "1", 2, 20, 20}, {"S2", "A", "", "2", 2, 20, 20}},
-         0,
-         false,
-         "S1:A-0"},
+        {"in this half hour only", {{"S1", "A", "1", 20, 20}, {"S2", "B", "2", 19, 19}}, "S1:A-0"},
+        {"and before", {{"S1", "A", "1", 20, 20}, {"S2", "B", "2", 19, 19}}, "S1:A-0 S2:B-1", 1},
+        {"of this day", {{"S1", "A", "1", 20, 20, 3}}, ""},
+        {"of any day", {{"S1", "A", "1", 20, 20, 3}}, "S1:A-0", 0, true},
+        {"of no day", {{"S1", "A", "1", 20, 20, 0}}, "S1:A-0"},
+        {"the day before", {{"S1", "A", "1", 47, 47, 1}}, "S1:A-21", 21},
+        {"not so far", {{"S1", "A", "1", 47, 47, 1}}, "", 20},
+        {"a flight once", {{"S1", "A", "1", 20, 20}, {"S2", "A", "2", 20, 20}}, "S1:A-0"},
         {"not under its second callsign",
-         {{"S1", "A", "", "1", 2, 20, 20}, {"S2", "B", "A", "2", 2, 20, 20}},
-         0,
-         false,
+         {{"S1", "A", "1", 20, 20}, {"S2", "B", "2", 20, 20, 2, "A"}},
          "S1:A-0"},
-        {"an airframe once",
-         {{"S1", "A", "", "1", 2, 20, 20}, {"S2", "B", "", "1", 2, 19, 20}},
-         1,
-         false,
-         "S1:A-0"},
-        {"some without callsign",
-         {{"S1", "", "", "1", 2, 20, 20}, {"S2", "", "", "2", 2, 20, 20}},
-         0,
-         false,
-         "S1:-0 S2:-0"},
+        {"an airframe once", {{"S1", "A", "1", 20, 20}, {"S2", "B", "1", 19, 20}}, "S1:A-0", 1},
+        {"some without callsign", {{"S1", "", "1", 20, 20}, {"S2", "", "2", 20, 20}}, "S1:-0 S2:-0"},
     };
     for (const auto& entry : cases) {
         SCOPED_TRACE(entry.name);
@@ -163,23 +143,17 @@ TEST_F(Population, WhoStaysAtARenewal) {
     const struct {
         const char* name;
         std::vector<Seen> seen;
-        int day, halfHour; ///< of the renewal
+        int halfHour; ///< of the renewal
         const char* queue;
         std::size_t removed;
     } cases[] = {
-        {"still observed", {{"S1", "A", "", "1", 2, 20, 21}}, 2, 21, "", 0},
-        {"no more observed", {{"S1", "A", "", "1", 2, 20, 20}}, 2, 22, "", 1},
-        {"the next one",
-         {{"S1", "A", "", "1", 2, 20, 20}, {"S1", "B", "", "2", 2, 21, 21}},
-         2,
-         21,
-         "S1:B-0",
-         1},
-        {"leaves under its other callsign", {{"S1", "A", "X", "1", 2, 20, 21}}, 2, 21, "S1:A-1", 1},
-        {"which may be the same", {{"S1", "A", "A", "1", 2, 20, 21}}, 2, 21, "", 0},
+        {"still observed", {{"S1", "A", "1", 20, 21}}, 21, "", 0},
+        {"no more observed", {{"S1", "A", "1", 20, 20}}, 22, "", 1},
+        {"the next one", {{"S1", "A", "1", 20, 20}, {"S1", "B", "2", 21, 21}}, 21, "S1:B-0", 1},
+        {"leaves under its other callsign", {{"S1", "A", "1", 20, 21, 2, "X"}}, 21, "S1:A-1", 1},
+        {"which may be the same", {{"S1", "A", "1", 20, 21, 2, "A"}}, 21, "", 0},
         {"without callsigns",
-         {{"S1", "", "", "1", 2, 20, 21}, {"S2", "", "", "", 2, 20, 21}, {"S3", "", "", "", 2, 20, 21}},
-         2,
+         {{"S1", "", "1", 20, 21}, {"S2", "", "", 20, 21}, {"S3", "", "", 20, 21}},
          21,
          "",
          0},
@@ -191,7 +165,7 @@ TEST_F(Population, WhoStaysAtARenewal) {
         open(entry.seen);
         lf_initialParking();
         standAll();
-        at(entry.day, entry.halfHour);
+        at(2, entry.halfHour);
         lf_parkingAdjustments();
         EXPECT_EQ(queue(), entry.queue);
         EXPECT_EQ(staticRemovals.size(), entry.removed);
@@ -212,7 +186,7 @@ TEST_F(Population, LiveAircraftStayForAWhile) {
     for (const auto& entry : cases) {
         SCOPED_TRACE(fmt::format("{} minutes, feed {}", entry.minutes, entry.feed));
         INITIAL_LOAD_ONLY.set(entry.initialLoadOnly);
-        open({{"S1", "A", "", "1", 2, 20, 20}, {"S2", "B", "", "2", 2, 20, 20}});
+        open({{"S1", "A", "1", 20, 20}, {"S2", "B", "2", 20, 20}});
         LiveAc& ac = liveAcs.emplace_back();
         ac.callsign = "B"; // stands on another stand than it was seen on
         ac.sid = 2;

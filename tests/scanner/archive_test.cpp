@@ -99,14 +99,12 @@ protected:
         std::map<std::string, std::string> found;
         for (const fs::path& place : {folders::myOrbx, folders::myThirdparty}) {
             for (const fs::directory_entry& entry : fs::directory_iterator(place)) {
-                const std::string name =
-                    platform::utf8FromPath(place.filename() / entry.path().filename().generic_string());
                 std::string text = folder.read(entry.path()).value_or("");
                 const std::size_t date = text.find("name=\"date\"");
                 if (date != std::string::npos) {
                     text.erase(date, text.find('\n', date) - date);
                 }
-                found[fs::path(name).generic_string()] = text;
+                found[(place.filename() / entry.path().filename()).generic_string()] = text;
             }
         }
         return found;
@@ -116,7 +114,7 @@ protected:
 };
 
 TEST_F(Archive, PublisherAndArchiveDecideBetweenLinkAndFile) {
-    struct Case {
+    const struct {
         const char* path;
         const char* icao;
         unsigned stands;
@@ -124,8 +122,7 @@ TEST_F(Archive, PublisherAndArchiveDecideBetweenLinkAndFile) {
         bool file;
         const char* place;
         const char* line;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"addons/ORBX/a/LSXA.bgl", "LSXA", 900, "archive/simaddon/LSXA.xml\n", false, "my_ORBX",
          "simaddon airport LSXA linked to archive/simaddon/LSXA.xml"},
         {"addons/MyOrbxThings/b.BGL", "LSXB", 2, nullptr, true, "my_ORBX", "LSXB does not exist as simaddon"},
@@ -138,12 +135,12 @@ TEST_F(Archive, PublisherAndArchiveDecideBetweenLinkAndFile) {
         {"addons/else/f.bgl", "LSXF", 5, nullptr, true, "my_thirdparty", "Generated LSXF.xml: 5 positions"},
         {"addons/else/g.bgl", "LSXG", 0, nullptr, false, "my_thirdparty", nullptr},
     };
-    for (const Case& row : cases) {
+    for (const auto& row : cases) {
         addFile(row.path, row.icao, row.stands);
     }
     EXPECT_TRUE(scan());
     std::map<std::string, std::string> found = entries();
-    for (const Case& row : cases) {
+    for (const auto& row : cases) {
         const std::string entry = fmt::format("{}/{}", row.place, row.icao);
         EXPECT_EQ(found.contains(entry + ".txt"), row.link != nullptr) << row.path;
         EXPECT_EQ(found.contains(entry + ".xml"), row.file) << row.path;
@@ -216,10 +213,9 @@ TEST_F(Archive, ABrokenFileIsReportedAndTheOthersAreRead) {
     EXPECT_EQ(entries().size(), 9U);
     EXPECT_FALSE(entries().contains("my_thirdparty/LSXB.xml"));
     const std::vector<std::string> lines = report();
-    EXPECT_EQ(
-        std::count_if(lines.begin(), lines.end(),
-                      [](const std::string& line) { return line.starts_with("===>  airports search"); }),
-        1);
+    EXPECT_EQ(std::ranges::count_if(
+                  lines, [](const auto& line) { return line.starts_with("===>  airports search"); }),
+              1);
     EXPECT_LT(lines.size(), 1100U) << "one file fills the report";
 }
 
