@@ -18,8 +18,10 @@ constexpr std::size_t samplesPerSecond = 10;
 constexpr double longestSampleS = 0.15;
 constexpr double overlapStepS = 0.5;
 
-constexpr double onStandM = 20.0;    ///< a recorded stop so near to a stand is on it
-constexpr double roundingS = 5.0;    ///< a stop begins some time before it is told
+constexpr double onStandM = 20.0; ///< a recorded stop so near to a stand is on it
+constexpr double roundingS = 5.0; ///< a stop begins some time before it is told
+constexpr double parkedWithinM = 2.0;
+constexpr double parkedWithinDeg = 1.0;
 constexpr double timeToParkS = 60.0; ///< after a stop has been shown
 
 ApronStage stageOf(const Sample& sample) {
@@ -109,31 +111,23 @@ std::string doingAt(const PlayedAircraft& aircraft, double at) {
 StandStop judged(const RecordedStop& stop, const ParkPos& stand, const PlayedAircraft& aircraft,
                  const PlayedScene& played) {
     StandStop out;
-    out.stand = stand.id;
-    out.recordedFromStandM = tool::metresBetween(stand.position(), stop.place);
-    out.standsFromStart = stop.fromStart;
-    out.leaves = stop.leaves;
+    out.what =
+        fmt::format("{} {:.0f}-{:.0f} s on {} ({:.0f} m off it in the recording, {}{})", aircraft.type,
+                    stop.begin, stop.end, stand.id, tool::metresBetween(stand.position(), stop.place),
+                    stop.fromStart ? "there from the start" : "arrives", stop.leaves ? ", leaves again" : "");
     const double from = stop.begin + tool::playDelaySeconds - roundingS;
     const double to = stop.leaves ? stop.end + tool::playDelaySeconds + timeToParkS : played.end;
-    const Sample* parked = nullptr;
+    out.instead = doingAt(aircraft, to);
     for (const Sample& sample : aircraft.flown) {
-        if (sample.phase == AcPhase::Parked && sample.at >= from && sample.at <= to) {
-            parked = &sample;
+        const auto own = std::ranges::find(played.stands, sample.sid, &ParkPos::sid);
+        if (sample.phase == AcPhase::Parked && sample.at >= from && sample.at <= to &&
+            own != played.stands.end()) {
+            out.parked = true;
+            out.fromStandM = tool::metresBetween(sample.position, own->position());
+            out.headingOffDeg = degreesOff(sample.heading, own->heading);
         }
     }
-    const auto own = parked == nullptr ? played.stands.end()
-                                       : std::ranges::find(played.stands, parked->sid, &ParkPos::sid);
-    if (own == played.stands.end()) {
-        out.instead = doingAt(aircraft, to);
-        return out;
-    }
-    out.parkedOn = own->id;
-    out.fromStandM = tool::metresBetween(parked->position, own->position());
-    out.headingOffDeg = degreesOff(parked->heading, own->heading);
-    out.stays = stop.leaves || aircraft.flown.back().phase == AcPhase::Parked;
-    if (!out.stays || !aircraft.leavings.empty()) {
-        out.instead = doingAt(aircraft, to);
-    }
+    out.stays = out.parked && (stop.leaves || aircraft.flown.back().phase == AcPhase::Parked);
     return out;
 }
 
@@ -237,7 +231,6 @@ void addLeavings(ApronFigures& figures, const PlayedAircraft& aircraft, const st
         if (!recordedAt(aircraft, leaving.at)) {
             continue;
         }
-        ++figures.leftWhileRecorded[leaving.reason];
         figures.whoLeft.push_back(fmt::format("{}, {:.0f} s, {}: {}", name, leaving.at,
                                               phaseNames[static_cast<std::size_t>(leaving.phase)],
                                               reasonText(leaving.reason)));
@@ -251,6 +244,10 @@ void addLeavings(ApronFigures& figures, const PlayedAircraft& aircraft, const st
 
 std::string_view refusalText(Reason reason) {
     return reason == Reason::None ? "refused before the buffer" : reasonText(reason);
+}
+
+bool StandStop::good() const {
+    return stays && fromStandM <= parkedWithinM && headingOffDeg <= parkedWithinDeg;
 }
 
 void ApronFigures::add(const std::string& scene, const PlayedScene& played) {
@@ -267,8 +264,7 @@ void ApronFigures::add(const std::string& scene, const PlayedScene& played) {
         for (const RecordedStop& stop : stopsOf(one.line)) {
             if (const ParkPos* stand = nearestStand(played.stands, stop.place)) {
                 stops.push_back(judged(stop, *stand, one, played));
-                stops.back().name =
-                    fmt::format("{} {} {:.0f}-{:.0f} s", name, one.type, stop.begin, stop.end);
+                stops.back().what = name + " " + stops.back().what;
             }
         }
     }
@@ -279,9 +275,7 @@ double badness(const ApronFigures& figures) {
     constexpr double fault = 100.0;
     double bad = figures.stages[static_cast<std::size_t>(ApronStage::Taxi)].fromLine.value;
     for (const StandStop& stop : figures.stops) {
-        bad += stop.stays && stop.fromStandM <= parkedWithinM && stop.headingOffDeg <= parkedWithinDeg
-                   ? 0.0
-                   : fault;
+        bad += stop.good() ? 0.0 : fault;
     }
     return bad;
 }

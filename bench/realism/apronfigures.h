@@ -19,20 +19,15 @@ using Overlaps = std::map<std::string, double>;
 
 /// A stop on a stand that the recording shows.
 struct StandStop {
-    std::string name;     ///< scene and callsign
-    std::string stand;    ///< nearest to where it stops
-    std::string parkedOn; ///< empty when it did not park
-    std::string instead;  ///< what it did when it did not park
-    double fromStandM = 0.0;
+    std::string what; ///< who stops where and when
+    bool parked = false;
+    bool stays = false;      ///< until its recording goes on, or to the end
+    double fromStandM = 0.0; ///< while parked, as is the next
     double headingOffDeg = 0.0;
-    double recordedFromStandM = 0.0;
-    bool standsFromStart = false; ///< of its recording
-    bool leaves = false;          ///< moves away again in the recording
-    bool stays = false;           ///< is parked until its recording goes on, or to the end
-};
+    std::string instead; ///< what it did when it did not park or stay
 
-inline constexpr double parkedWithinM = 2.0;
-inline constexpr double parkedWithinDeg = 1.0;
+    bool good() const;
+};
 
 struct ApronFigures {
     int scenes = 0;
@@ -45,7 +40,6 @@ struct ApronFigures {
     Overlaps naivePast;
     Overlaps parked; ///< both are
     std::vector<StandStop> stops;
-    std::map<Reason, int> leftWhileRecorded;
     std::vector<std::string> whoLeft; ///< while recorded
     std::map<Reason, int> neverShown;
 

@@ -47,63 +47,37 @@ std::string overlapRow(std::string_view name, const Overlaps& overlaps) {
 }
 
 std::string stopRows(const ApronFigures& figures) {
-    int parked = 0;
-    int stay = 0;
-    int close = 0;
-    int inLine = 0;
-    int elsewhere = 0;
-    int arrivals = 0;
-    int arrivalsParked = 0;
     double farthestM = 0.0;
     double headingOffDeg = 0.0;
     std::string misses;
     for (const StandStop& stop : figures.stops) {
-        const bool isParked = !stop.parkedOn.empty();
-        arrivals += stop.standsFromStart ? 0 : 1;
-        arrivalsParked += !stop.standsFromStart && isParked ? 1 : 0;
-        parked += isParked ? 1 : 0;
-        stay += stop.stays ? 1 : 0;
-        if (isParked) {
-            close += stop.fromStandM <= parkedWithinM ? 1 : 0;
-            inLine += stop.headingOffDeg <= parkedWithinDeg ? 1 : 0;
-            elsewhere += stop.parkedOn != stop.stand ? 1 : 0;
-            farthestM = std::max(farthestM, stop.fromStandM);
-            headingOffDeg = std::max(headingOffDeg, stop.headingOffDeg);
-        }
-        if (!isParked || !stop.stays || stop.fromStandM > parkedWithinM ||
-            stop.headingOffDeg > parkedWithinDeg) {
-            misses += fmt::format("  {} on {} ({:.0f} m off it in the recording, {}{}): {}{}\n", stop.name,
-                                  stop.stand, stop.recordedFromStandM,
-                                  stop.standsFromStart ? "there from the start" : "arrives",
-                                  stop.leaves ? ", leaves again" : "",
-                                  isParked ? fmt::format("parked {:.1f} m and {:.1f} degrees off; ",
-                                                         stop.fromStandM, stop.headingOffDeg)
-                                           : "",
+        farthestM = std::max(farthestM, stop.fromStandM);
+        headingOffDeg = std::max(headingOffDeg, stop.headingOffDeg);
+        if (!stop.good()) {
+            misses += fmt::format("  {}: {}{}\n", stop.what,
+                                  stop.parked ? fmt::format("parked {:.1f} m and {:.1f} degrees off; ",
+                                                            stop.fromStandM, stop.headingOffDeg)
+                                              : "",
                                   stop.instead);
         }
     }
-    return fmt::format(
-        "recorded stops on stands: {} ({} of them arrive there), parked {} ({}), still so at the end "
-        "{}; within {:.0f} m {}, headed within {:.0f} degree {}, farthest {:.2f} m, {:.2f} degrees; "
-        "on another stand than the nearest {}\n{}",
-        figures.stops.size(), arrivals, parked, arrivalsParked, stay, parkedWithinM, close, parkedWithinDeg,
-        inLine, farthestM, headingOffDeg, elsewhere, misses);
-}
-
-std::string reasonRows(std::string_view name, const std::map<Reason, int>& reasons) {
-    std::string out = fmt::format("{}:", name);
-    for (const auto& [reason, count] : reasons) {
-        out += fmt::format(" {} {};", count, refusalText(reason));
-    }
-    return out + "\n";
+    return fmt::format("recorded stops on stands: {}, parked {}, still so at the end {}; "
+                       "farthest {:.2f} m, {:.2f} degrees\n{}",
+                       figures.stops.size(), std::ranges::count_if(figures.stops, &StandStop::parked),
+                       std::ranges::count_if(figures.stops, &StandStop::stays), farthestM, headingOffDeg,
+                       misses);
 }
 
 } // namespace
 
 std::string tableOf(const ApronFigures& figures) {
-    std::string left;
+    std::string gone = "removed while recorded:\n";
     for (const std::string& who : figures.whoLeft) {
-        left += "  " + who + "\n";
+        gone += "  " + who + "\n";
+    }
+    gone += "never shown:";
+    for (const auto& [reason, count] : figures.neverShown) {
+        gone += fmt::format(" {} {};", count, refusalText(reason));
     }
     return fmt::format("{} scenes on the apron, {} aircraft, {} of them shown\n", figures.scenes,
                        figures.aircraft, figures.shown) +
@@ -111,9 +85,7 @@ std::string tableOf(const ApronFigures& figures) {
            overlapRow("  moving, flown", figures.flown) + overlapRow("  moving, naive", figures.naive) +
            overlapRow("  moving past parked, flown", figures.flownPast) +
            overlapRow("  moving past parked, naive", figures.naivePast) +
-           overlapRow("  parked", figures.parked) + stopRows(figures) +
-           reasonRows("removed while recorded", figures.leftWhileRecorded) + left +
-           reasonRows("never shown", figures.neverShown);
+           overlapRow("  parked", figures.parked) + stopRows(figures) + gone + "\n";
 }
 
 } // namespace kst::bench

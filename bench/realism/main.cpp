@@ -4,11 +4,11 @@
 #include "bench/realism/apronscenes.h"
 #include "bench/realism/causes.h"
 #include "bench/realism/figures.h"
+#include "bench/realism/traces.h"
 #include "core/reasoncounts.h"
 #include "support/places.h"
 #include "tools/measureflights/files.h"
-#include "tools/measureflights/linematch.h"
-#include "tools/measureflights/page.h"
+#include "tools/measureflights/line.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -75,70 +75,7 @@ void keepNamed(std::vector<Recording>& recordings, const std::string& text) {
                   [&](const Recording& recording) { return recording.name.find(text) == std::string::npos; });
 }
 
-/// A page of what was played; of a scene, on which there are stands, only what is on the ground.
-std::string pageOf(const std::string& name, const PlayedScene& played, const std::string& table) {
-    tool::Flights flights;
-    std::vector<tool::DrawnStand> stands;
-    for (const ParkPos& stand : played.stands) {
-        stands.push_back({stand.id, stand.position(), stand.radius * metresPerNm, stand.heading});
-    }
-    for (const PlayedAircraft& aircraft : played.aircraft) {
-        if (aircraft.flown.empty()) {
-            continue;
-        }
-        Line line = aircraft.line;
-        if (!stands.empty() && std::ranges::any_of(line, &tool::TrackPoint::onGround)) {
-            std::erase_if(line, [](const tool::TrackPoint& point) { return !point.onGround; });
-        }
-        flights.targets.push_back({aircraft.hexid, aircraft.callsign, "", aircraft.type, std::move(line)});
-        tool::ShownObject object{aircraft.hexid, aircraft.callsign, name, {}};
-        for (const Sample& sample : aircraft.flown) {
-            object.points.push_back({sample.at, sample.position, sample.altFt, 0.0, sample.onGround});
-        }
-        flights.objects.push_back(std::move(object));
-    }
-    return tool::pageOf(tool::measure(flights), name, table, stands);
-}
-
-/// A line for each tenth of a second.
-std::string pathOf(const PlayedScene& played) {
-    std::string out =
-        "at,callsign,lat,lon,alt_ft,wheels_ft,pitch_deg,bank_deg,heading_deg,speed_kt,from_line_m,"
-        "lag_s,lead_limit_s,lag_limit_s,stage,phase,stand,on_ground,coasting,leg_left_s,leg_kind,"
-        "turn_share,ideal_lat,ideal_lon\n";
-    constexpr double everyS = 0.1;
-    for (const PlayedAircraft& one : played.aircraft) {
-        std::vector<tool::ShownPlace> shown;
-        std::vector<std::size_t> which;
-        for (std::size_t i = 0; i < one.flown.size(); ++i) {
-            const Sample& sample = one.flown[i];
-            if (shown.empty() || sample.at > shown.back().at + 0.9 * everyS) {
-                const bool anew = !which.empty() && sample.objectId != one.flown[which.back()].objectId;
-                shown.push_back({sample.at, sample.position, anew});
-                which.push_back(i);
-            }
-        }
-        const auto places = tool::placesOnLine(one.line, shown);
-        for (std::size_t n = 0; n < which.size(); ++n) {
-            const Sample& sample = one.flown[which[n]];
-            const LatLon ideal = one.ideal.empty() ? LatLon() : one.ideal[which[n]].position;
-            const auto stand = std::ranges::find(played.stands, sample.sid, &ParkPos::sid);
-            out += fmt::format(
-                "{:.2f},{},{:.6f},{:.6f},{:.1f},{:.1f},{:.2f},{:.2f},{:.2f},{:.1f},{:.1f},{:.2f},"
-                "{:.1f},{:.1f},{},{},{},{:d},{:d},{:.2f},{:d},{:.2f},{:.6f},{:.6f}\n",
-                sample.at, one.callsign, sample.position.lat, sample.position.lon, sample.altFt,
-                sample.wheelsFt, sample.pitch * degPerRad, sample.bank * degPerRad,
-                sample.heading * degPerRad, sample.speedKt, places[n] ? places[n]->distanceM : -1.0,
-                places[n] ? places[n]->lagS : 0.0, sample.leadLimitS, sample.lagLimitS,
-                stageNames[static_cast<std::size_t>(sample.stage)],
-                phaseNames[static_cast<std::size_t>(sample.phase)],
-                stand == played.stands.end() ? "" : stand->id, sample.onGround, sample.coasting,
-                sample.legLeftS, static_cast<int>(sample.leg), sample.turnShare, ideal.lat, ideal.lon);
-        }
-    }
-    return out;
-}
-
+/// Writes what is asked for of one recording.
 void leave(const std::filesystem::path& page, const std::filesystem::path& path, const std::string& name,
            const PlayedScene& played, const std::string& table) {
     if (!page.empty()) {

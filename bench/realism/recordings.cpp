@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
+#include <iterator>
 #include <map>
 #include <ranges>
 #include <stdexcept>
@@ -24,6 +25,8 @@ constexpr std::size_t fewestReports = 10;
 // Where a flight uses an airport: low over it.
 constexpr double airportRadiusM = 3.0 * metresPerNm;
 constexpr double lowFt = 1500.0;
+constexpr double highestAirportFt = 12000.0;
+constexpr double cellReachDeg = 0.7; ///< from the middle of a square degree to beyond its edge
 constexpr std::size_t mostAirports = 8;
 
 // A landing or departure is recorded when it is seen for some time on both sides.
@@ -38,43 +41,26 @@ constexpr int lowestQnh = 980;
 constexpr int highestQnh = 1045;
 constexpr double jetKt = 220.0;
 
-/// Airports by whole degrees.
-class AirportMap {
-public:
-    explicit AirportMap(std::vector<Airport> airports) {
-        for (Airport& airport : airports) {
-            cells_[cellOf(airport.position)].push_back(std::move(airport));
-        }
-    }
-
-    const Airport* nearest(LatLon place) const {
-        const Airport* best = nullptr;
-        double bestM = airportRadiusM;
-        for (int dLat = -1; dLat <= 1; ++dLat) {
-            for (int dLon = -1; dLon <= 1; ++dLon) {
-                const auto cell = cells_.find(cellOf({place.lat + dLat, place.lon + dLon}));
-                const Airport* here = cell == cells_.end() ? nullptr : nearestAirport(cell->second, place);
-                if (here != nullptr && tool::metresBetween(here->position, place) < bestM) {
-                    best = here;
-                    bestM = tool::metresBetween(here->position, place);
-                }
-            }
-        }
-        return best;
-    }
-
-private:
-    static std::pair<int, int> cellOf(LatLon place) {
-        return {static_cast<int>(std::floor(place.lat)), static_cast<int>(std::floor(place.lon))};
-    }
-    std::map<std::pair<int, int>, std::vector<Airport>> cells_;
-};
-
-std::vector<Airport> airportsOf(const Reports& reports, const AirportMap& map) {
+/// Those that lie within `airportRadiusM` of the flight's ground and low points, the most used first.
+std::vector<Airport> airportsOf(const Reports& reports, const std::vector<Airport>& all) {
+    std::map<std::pair<double, double>, std::vector<Airport>> near; // of each square degree
     std::map<std::string, std::pair<int, Airport>> used;
     for (const TrafficReport& report : reports) {
-        const Airport* airport = report.altFt < 12000.0 ? map.nearest(report.position) : nullptr;
-        if (airport != nullptr && (report.onGround || report.altFt < airport->elevationFt + lowFt)) {
+        if (report.altFt >= highestAirportFt) {
+            continue;
+        }
+        const LatLon place = report.position;
+        const LatLon corner{std::floor(place.lat), std::floor(place.lon)};
+        const auto [cell, fresh] = near.try_emplace({corner.lat, corner.lon});
+        if (fresh) {
+            std::ranges::copy_if(all, std::back_inserter(cell->second), [&](const Airport& airport) {
+                return std::abs(airport.position.lat - corner.lat - 0.5) < cellReachDeg &&
+                       std::abs(airport.position.lon - corner.lon - 0.5) < cellReachDeg;
+            });
+        }
+        const Airport* airport = nearestAirport(cell->second, place);
+        if (airport != nullptr && tool::metresBetween(airport->position, place) < airportRadiusM &&
+            (report.onGround || report.altFt < airport->elevationFt + lowFt)) {
             auto& entry = used[airport->code];
             ++entry.first;
             entry.second = *airport;
@@ -218,7 +204,7 @@ void forEachFile(const std::filesystem::path& tracks,
 
 std::vector<Recording> readFlights(const std::filesystem::path& tracks,
                                    const std::filesystem::path& dataFolder) {
-    const AirportMap airports(readAirports(dataFolder));
+    const std::vector<Airport> airports = readAirports(dataFolder);
     const Types types = readTypes(dataFolder);
     std::vector<Recording> flights;
     forEachFile(tracks, [&](const std::string& file, const Reports& all) {
