@@ -59,7 +59,7 @@ std::string_view causeOfStep(const Sample& sample) {
     switch (sample.leg) {
     case LegKind::Cut:
         if (sample.respawned && sample.sinceSpawnS < respawnCountsS) {
-            return "leg cut by the lag limit, late by a respawn";
+            return "leg cut by the lag limit, late by an object made anew";
         }
         return sample.sinceCoastedS < silenceCountsS
                    ? "leg cut by the lag limit that shrinks after a silence"
@@ -90,7 +90,7 @@ std::string_view causeOfBeyond(const Sample& sample, const Line& line, bool idea
         return "due times in a track rise: moved behind that of a late leg";
     }
     if (sample.respawned && sample.sinceSpawnS < respawnCountsS) {
-        return "late by a respawn";
+        return "late by an object made anew";
     }
     if (sample.sinceCoastedS < silenceCountsS) {
         return "limit that shrinks after a silence";
@@ -225,7 +225,7 @@ std::string Causes::text() const {
                      beyondSlackS),
          &beyond_},
         {"turns on the ground faster than three base rates, with the largest share of each flight", &turns_},
-        {"reversals, with the number of each flight", &reversals_}};
+        {"turning back, with the number of each flight", &reversals_}};
     for (const auto& [title, causes] : all) {
         double amount = 0.0;
         std::set<std::string> flights;

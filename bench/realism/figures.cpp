@@ -284,7 +284,7 @@ std::string worstOf(std::string_view stageName, const StageFigures& figures) {
         }
     }
     if (figures.reversals > 0) {
-        out += fmt::format("  {:9} {:26} {:9}  {}\n", stageName, "reversals", figures.reversals,
+        out += fmt::format("  {:9} {:26} {:9}  {}\n", stageName, "turning back", figures.reversals,
                            figures.lastReversal);
     }
     return out;
