@@ -5,9 +5,9 @@
 #include "support/tempfolder.h"
 #include "support/thrown.h"
 
-#include <fstream>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 namespace kst::standin {
 namespace {
@@ -174,20 +174,18 @@ TEST_F(FeedServiceTest, GarbageComesAtItsRateAndEnds) {
 
 TEST_F(FeedServiceTest, EveryLineSentStandsInTheRecord) {
     const kst::test::TempFolder folder;
-    const auto path = folder.path() / "sent.csv";
     {
-        SentLog log(path);
+        SentLog log(folder.path() / "sent.csv");
         startLinked(1.0, &log);
         ASSERT_TRUE(runUntil([&] { return service_->counts().lines >= 4; }));
     }
-    std::ifstream in(path);
+    std::istringstream in(folder.read("sent.csv").value_or(""));
     std::string line;
     std::getline(in, line);
     EXPECT_EQ(line, "time,hexid,callsign,registration,type,lat,lon,alt_ft,gs_kt,track_deg,on_ground");
     std::uint64_t lines = 0;
-    while (std::getline(in, line)) {
+    for (; std::getline(in, line); ++lines) {
         EXPECT_NE(line.find(",20000,ABC1,,,0.016667,0.000000,0,0.0,,0"), std::string::npos) << line;
-        ++lines;
     }
     EXPECT_EQ(lines, service_->counts().lines);
 }

@@ -73,29 +73,29 @@ TEST_F(ObjectCommands, AFrameWhileTheLockIsTakenWaitsForTheNext) {
     EXPECT_EQ(scene.sentFields(), (Fields{{0x2C, 77, 105}}));
 }
 
-TEST_F(ObjectCommands, AtASlowFrameRateABusyLockCostsTheTick) {
-    // The rate is at most 50 until 30 frames have come.
-    gf_updateAircraft(positionOf(77));
-    {
-        const std::lock_guard lock(simLock);
-        std::thread([] { lf_swapPositionBuffers(); }).join();
-    }
+TEST_F(ObjectCommands, ABusyLockCostsTheTickAtASlowFrameRateAndIsWaitedForAtAFastOne) {
+    const auto swapWhileBusy = [](bool endsBeforeTheLock) {
+        std::thread worker;
+        {
+            const std::lock_guard lock(simLock);
+            worker = std::thread([] { lf_swapPositionBuffers(); });
+            if (endsBeforeTheLock) {
+                worker.join();
+            }
+        }
+        if (worker.joinable()) {
+            worker.join();
+        }
+    };
+    gf_updateAircraft(positionOf(77)); // the rate is at most 50 until 30 frames have come
+    swapWhileBusy(true);
     lf_swapPositionBuffers();
-    frame();
-    EXPECT_EQ(scene.sentFields(), Fields{}) << "the tick's positions were dropped";
-}
-
-TEST_F(ObjectCommands, AtAFastFrameRateABusyLockIsWaitedFor) {
     for (int i = 0; i < 30; ++i) {
         scene.tell(frameMessage(50.5F));
     }
+    EXPECT_EQ(scene.sentFields(), Fields{}) << "the tick's positions were dropped";
     gf_updateAircraft(positionOf(77));
-    std::thread worker;
-    {
-        const std::lock_guard lock(simLock);
-        worker = std::thread([] { lf_swapPositionBuffers(); });
-    }
-    worker.join();
+    swapWhileBusy(false);
     frame();
     EXPECT_EQ(scene.sent.size(), 1U);
 }

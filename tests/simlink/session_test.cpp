@@ -135,12 +135,11 @@ TEST(SessionRequests, AreWhatTheSimulatorExpects) {
 TEST(SessionRequests, TheThirdErrorLatchesAndRestarts) {
     SimScene scene;
     scene.open();
-    lf_simRequestError();
-    lf_simRequestError();
-    EXPECT_FALSE(latchedSimError);
-    EXPECT_EQ(exitReason, ExitReason::NotYetSet);
-    lf_simRequestError();
-    EXPECT_TRUE(latchedSimError);
+    for (int error = 1; error <= 3; ++error) {
+        EXPECT_EQ(exitReason, ExitReason::NotYetSet);
+        lf_simRequestError();
+        EXPECT_EQ(latchedSimError, error == 3);
+    }
     EXPECT_EQ(exitReason, ExitReason::Restart);
     EXPECT_EQ(scene.exitSeconds, 10);
     EXPECT_EQ(messageLine().message, "SimConnect request error 3, see Log.txt");
@@ -176,7 +175,7 @@ TEST(SessionVersion, IsThatOfTheInstallPathElseOfTheParameter) {
 }
 
 TEST(SessionVersion, InstalledOnesAreReadFromTheRegistry) {
-    SimScene scene;
+    const SimScene scene;
     writeRegistry(scene.folder, "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Lockheed Martin\\Prepar3D v6]\n"
                                 "SetupPath=D:\\Prepar3D v6\\\n");
     EXPECT_FALSE(lf_simInstalled(5));
