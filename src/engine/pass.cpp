@@ -1,6 +1,8 @@
 #include "engine/pass.h"
 
+#include "core/geodesy.h"
 #include "core/log.h"
+#include "core/parameters.h"
 #include "core/runstate.h"
 #include "engine/prediction.h"
 #include "engine/removal.h"
@@ -116,6 +118,25 @@ void lf_queueNextSpawn() {
     request.title = ac->liveryTitle;
     request.hexid = ac->hexid;
     queueLiveCreation(std::move(request));
+}
+
+double creationsReachNm(LatLon user) {
+    constexpr double driftNm = 1.0;                // flown by itself until the scan shows it
+    const double mostNm = LATERAL_RANGE.maximum(); // farther off nothing was asked for, or it is long lost
+    double reachNm = 0.0;
+    const auto cover = [&](const AcBase& ac, LatLon place) {
+        if (ac.state == AcState::Requested && ac.objectId == 0) {
+            const double distanceNm = gf_distanceNm(user, place);
+            reachNm = distanceNm <= mostNm ? std::max(reachNm, distanceNm + driftNm) : reachNm;
+        }
+    };
+    for (const LiveAc& ac : liveAcs) {
+        cover(ac, {ac.simState.lat, ac.simState.lon});
+    }
+    for (const StaticAc& ac : staticAcs) {
+        cover(ac, {ac.standLat, ac.standLon});
+    }
+    return reachNm;
 }
 
 } // namespace kst

@@ -15,6 +15,10 @@ void lf_updateAllLiveAc();
 void lf_handleUdpMessages();
 /// Queues the creation of the last target that was cleared for it.
 void lf_queueNextSpawn();
+/// How far from the user, in nautical miles, a scan must reach to show every aircraft that is being created;
+/// 0 without any. Only a scan brings a new object under control: one beyond it would fly on by itself for
+/// good.
+double creationsReachNm(LatLon user);
 
 /// One feed record: update of a known target, a new one, or noise.
 void lf_feedRecord(const FeedMessage& rec);

@@ -1,6 +1,7 @@
 // Whole flights from the first datagram to the end of the object, in virtual time.
 
 #include "core/reasoncounts.h"
+#include "core/runstate.h"
 #include "engine/tables.h"
 #include "scenario/flightfacts.h"
 #include "scenario/scenarioworld.h"
@@ -49,8 +50,8 @@ TEST(Scenario, OverflightsFlyTheirRecordedTracks) {
     EXPECT_FALSE(world.exit());
 }
 
-TEST(Scenario, TargetAppearsAboutThirtySecondsAfterItsFirstMessageAndGoesWhenTheFeedFallsSilent) {
-    ScenarioWorld world;
+/// Reports of SWR100, a minute on the way east past the user, 8 nm to the north.
+std::unique_ptr<standin::TrafficSource> eastboundMinute() {
     std::vector<standin::TrafficReport> reports;
     for (int i = 0; i <= 30; ++i) {
         standin::TrafficReport report;
@@ -65,7 +66,12 @@ TEST(Scenario, TargetAppearsAboutThirtySecondsAfterItsFirstMessageAndGoesWhenThe
         report.tasKt = 320;
         reports.push_back(report);
     }
-    world.feed(std::make_unique<test::DrawnTraffic>(reports));
+    return std::make_unique<test::DrawnTraffic>(reports);
+}
+
+TEST(Scenario, TargetAppearsAboutThirtySecondsAfterItsFirstMessageAndGoesWhenTheFeedFallsSilent) {
+    ScenarioWorld world;
+    world.feed(eastboundMinute());
 
     double appeared = 0.0;
     double gone = 0.0;
@@ -85,6 +91,23 @@ TEST(Scenario, TargetAppearsAboutThirtySecondsAfterItsFirstMessageAndGoesWhenThe
     EXPECT_GT(gone, 90.0 + 55.0);
     EXPECT_LT(gone, 90.0 + 75.0);
     EXPECT_EQ(reasonTotal(Reason::TrackEnded), 1U);
+    EXPECT_TRUE(liveAcs.empty());
+}
+
+TEST(Scenario, ObjectBeyondARangeThatShrankDuringItsCreationIsNotLeftToItself) {
+    ScenarioWorld world;
+    world.feed(eastboundMinute());
+    bool shrunk = false;
+    world.play(240, [&] {
+        if (!shrunk && !world.simulator().objects().empty()) {
+            ASSERT_EQ(liveAcs.front().objectId, 0U) << "a scan has shown it already";
+            shrunk = true;
+            workingRangeNm = 2.0;
+            requestRangeM = 2.0 * metresPerNm;
+        }
+    });
+    EXPECT_TRUE(shrunk);
+    EXPECT_TRUE(world.simulator().objects().empty());
     EXPECT_TRUE(liveAcs.empty());
 }
 

@@ -13,6 +13,7 @@
 #include "feed/feedqueue.h"
 #include "feed/readers.h"
 #include "feed/realtrafficlink.h"
+#include "model/units.h"
 #include "parking/parkairportchoice.h"
 #include "parking/staticparking.h"
 #include "platform/timerresolution.h"
@@ -62,6 +63,11 @@ void serveObjectQueues(std::int32_t count) {
     }
 }
 
+/// The working range, which may have shrunk, or the user moved on, while aircraft are being created.
+double scanRangeM() {
+    return std::max(requestRangeM.load(), creationsReachNm(userData.position()) * metresPerNm);
+}
+
 /// The engine's part of a pass.
 void gf_updateAI() {
     const std::int32_t count = updateCount;
@@ -72,7 +78,7 @@ void gf_updateAI() {
     lf_queueNextSpawn();
     if ((isMultiple(count, passesPerSecond) || (flareActive && isMultiple(count, passesPerFastScan))) &&
         !latchedSimError) {
-        lf_requestAircraftInRange(requestRangeM);
+        lf_requestAircraftInRange(scanRangeM());
     }
     if (isMultiple(count, passesPerSecond)) {
         lf_sendUserPosition();
