@@ -1,6 +1,7 @@
 // What it takes to load an airport file of 500 stands with 30,000 observations, beside the floor: reading and
 // parsing the same file and nothing else. And what it takes to find the airport at a position among 44,000.
-// The counter "of floor" is the ratio of the two, measured in turn in the same run.
+// The counter "of floor" is the ratio of the two in processor time, measured in turn in the same run; "least
+// ms" is the shortest time that the worker waited, on all processors of the machine.
 
 #include "parking/airportfile.h"
 #include "core/geodesy.h"
@@ -12,8 +13,12 @@
 #include "parking/stands.h"
 #include "scanner/airportdirectory.h"
 
+#include <algorithm>
+#include <chrono>
 #include <ctime>
 #include <filesystem>
+#include <limits>
+#include <malloc.h>
 #include <random>
 
 #include <benchmark/benchmark.h>
@@ -82,6 +87,8 @@ void writeAirport() {
 }
 
 double nanoseconds(auto work) {
+    // Each work begins without memory that the one before left behind, as it does in the program.
+    malloc_trim(0);
     // Processor time: other work on the machine does not count.
     const std::clock_t begin = std::clock();
     work();
@@ -93,13 +100,17 @@ void loadAirport(benchmark::State& state) {
     writeAirport();
     double loadNs = 0.0;
     double floorNs = 0.0;
+    double leastMs = std::numeric_limits<double>::max(); // elapsed; what others take comes on top
     for (auto _ : state) {
         clearLoadedAirport();
+        const auto begin = std::chrono::steady_clock::now();
         const double ns = nanoseconds([] {
             if (!gf_readApf(location).empty()) {
                 std::abort();
             }
         });
+        const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - begin;
+        leastMs = std::min(leastMs, elapsed.count());
         floorNs += nanoseconds([] {
             pugi::xml_document document;
             benchmark::DoNotOptimize(document.load_file(location.c_str()));
@@ -108,6 +119,7 @@ void loadAirport(benchmark::State& state) {
         state.SetIterationTime(ns * 1e-9);
     }
     state.counters["load ms"] = loadNs / static_cast<double>(state.iterations()) * 1e-6;
+    state.counters["least ms"] = leastMs;
     state.counters["floor ms"] = floorNs / static_cast<double>(state.iterations()) * 1e-6;
     state.counters["of floor"] = loadNs / floorNs;
 }

@@ -2,6 +2,7 @@
 
 #include "core/files.h"
 #include "fuzz/support/fuzzing.h"
+#include "parking/airportxml.h"
 #include "parking/parkposxml.h"
 #include "parking/stands.h"
 
@@ -20,12 +21,13 @@ std::string written(const std::vector<kst::ParkPos>& stands) {
 
 /// Whether the stands could be read.
 bool read(std::string_view content, std::vector<kst::ParkPos>& stands) {
-    pugi::xml_document document;
-    if (!document.load_buffer(content.data(), content.size())) {
+    std::string text(content);
+    kst::AirportXml file;
+    if (!file.parse(text).empty()) {
         return false;
     }
     try {
-        kst::readParkPositions(document, stands, true);
+        file.takeStands(stands);
     } catch (const std::runtime_error&) {
         return false;
     }

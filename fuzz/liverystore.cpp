@@ -8,6 +8,7 @@
 #include "fuzz/support/fuzzing.h"
 
 #include <stdexcept>
+#include <string>
 
 void fuzz(std::string_view input) {
     using namespace kst;
@@ -15,7 +16,8 @@ void fuzz(std::string_view input) {
     referenceTables().similarLists = {{"A320", "B738"}, {"C152", "C172"}};
     resetMatching();
     try {
-        readLiveriesText(input, "fuzz");
+        std::string text(input);
+        readLiveriesText(text, "fuzz");
     } catch (const std::runtime_error&) {
         return;
     }

@@ -2,10 +2,10 @@
 
 #include "catalogue/reference.h"
 #include "catalogue/scramble.h"
-#include "catalogue/xmlsection.h"
 #include "core/exceptions.h"
 #include "core/files.h"
 #include "core/log.h"
+#include "core/xmlsection.h"
 #include "install/download.h"
 #include "model/liverydata.h"
 #include "model/units.h"
@@ -216,21 +216,13 @@ void readInPieces(std::string& text, const XmlSection& section, std::string_view
                   ReferenceTables& tables) {
     // A hint only; a text that lies about its number of elements gets no memory for it.
     constexpr std::size_t mostExpected = 4'000'000;
-    constexpr unsigned int parsePiece = pugi::parse_default | pugi::parse_fragment;
     pugi::xml_document document;
-    {
-        const std::string others = text.substr(0, section.begin) + text.substr(section.end);
-        requireParsed(document.load_buffer(others.data(), others.size()), source);
-    }
+    requireParsed(parseAroundSection(text, section, document), source);
     readReferenceDocument(document, source, tables);
     tables.regcodeTable.reserve(std::min(section.children, mostExpected));
-    for (std::size_t i = 1; i < section.cuts.size(); ++i) {
-        const std::size_t size = section.cuts[i] - section.cuts[i - 1];
-        requireParsed(document.load_buffer_inplace(text.data() + section.cuts[i - 1], size, parsePiece,
-                                                   pugi::encoding_utf8),
-                      source);
-        readRegistrations(document, tables);
-    }
+    requireParsed(
+        parseSection(text, section, [&](const pugi::xml_node& piece) { readRegistrations(piece, tables); }),
+        source);
 }
 
 } // namespace
@@ -282,8 +274,7 @@ void readReferenceDocument(const pugi::xml_document& document, std::string_view 
 }
 
 void readReferenceText(std::string& text, std::string_view source, ReferenceTables& tables) {
-    constexpr std::size_t pieceSize = 32 * 1024;
-    if (const auto section = findXmlSection(text, "dbase", pieceSize)) {
+    if (const auto section = findXmlSection(text, "dbase")) {
         readInPieces(text, *section, source, tables);
         return;
     }

@@ -12,6 +12,7 @@
 #include "core/parameters.h"
 #include "core/xmlmeta.h"
 #include "core/xmlnames.h"
+#include "core/xmlsection.h"
 #include "platform/paths.h"
 
 #include <algorithm>
@@ -45,36 +46,35 @@ void takeLivery(const pugi::xml_node& node, LiveryData& livery) {
     }
 }
 
-void takeLiveries(const pugi::xml_document& document, const std::string& name) {
-    scannedLiveries.clear();
-    checkXmlMeta(document);
-    const pugi::xml_node liveries = document.child("liveries");
-    if (!liveries) {
-        throw UserErrorException(52, fmt::format("{} does not contain a <liveries> section", name));
-    }
-    std::size_t count = 0;
-    for (auto node = liveries.first_child(); node; node = node.next_sibling()) {
-        ++count;
-    }
-    scannedLiveries.reserve(count);
-    bool strictlyInOrder = true; // as the program writes it: each livery behind the one before, none twice
-    for (auto node = liveries.first_child(); node; node = node.next_sibling()) {
-        if (!sameName(node.name(), "liv")) {
-            continue;
+/// Reads the elements behind those before. Returns whether the list is still as the program writes it: each
+/// livery behind the one before, none twice.
+bool takeLiveries(const pugi::xml_node& parent) {
+    bool inOrder = true;
+    for (auto node = parent.first_child(); node; node = node.next_sibling()) {
+        if (sameName(node.name(), "liv")) {
+            LiveryData& livery = scannedLiveries.emplace_back();
+            takeLivery(node, livery);
+            inOrder = inOrder && (scannedLiveries.size() == 1 || *(&livery - 1) < livery);
         }
-        LiveryData& livery = scannedLiveries.emplace_back();
-        takeLivery(node, livery);
-        strictlyInOrder = strictlyInOrder && (scannedLiveries.size() == 1 || *(&livery - 1) < livery);
     }
-    if (scannedLiveries.empty()) {
-        throw UserErrorException(533, name + " does not contain liveries");
+    return inOrder;
+}
+
+/// Takes the liveries while the text is parsed, a few at a time: the tree of the whole fits no cache. False
+/// when the text is no XML.
+bool parseLiveries(std::string& text, pugi::xml_document& document, bool& inOrder) {
+    constexpr std::size_t mostExpected = 1'000'000; // a text that lies gets no memory for it
+    const auto section = findXmlSection(text, "liveries");
+    if (!section) {
+        const bool parsed = static_cast<bool>(document.load_buffer(text.data(), text.size()));
+        inOrder = takeLiveries(document.child("liveries"));
+        return parsed;
     }
-    logLine(fmt::format("{} liveries read from {}", scannedLiveries.size(), name));
-    if (!strictlyInOrder) {
-        lf_sortLiveries(scannedLiveries);
-        scannedLiveries.erase(std::unique(scannedLiveries.begin(), scannedLiveries.end()),
-                              scannedLiveries.end());
-    }
+    scannedLiveries.reserve(std::min(section->children, mostExpected));
+    return parseAroundSection(text, *section, document) &&
+           parseSection(text, *section, [&inOrder](const pugi::xml_node& piece) {
+               inOrder = takeLiveries(piece) && inOrder;
+           });
 }
 
 void buildTables() {
@@ -106,20 +106,36 @@ void lf_readLiveries() {
 }
 
 void readLiveriesFrom(const std::filesystem::path& path) {
+    constexpr std::size_t largestStore = std::size_t{512} * 1024 * 1024;
     const std::string name = platform::utf8FromPath(path);
-    pugi::xml_document document;
-    if (!document.load_file(path.c_str())) {
+    std::string text;
+    if (readFile(path, text, largestStore)) {
         throw UserErrorException(51, fmt::format("File {} not found", name));
     }
-    takeLiveries(document, name);
+    readLiveriesText(text, name);
 }
 
-void readLiveriesText(std::string_view text, const std::string& name) {
+void readLiveriesText(std::string& text, const std::string& name) {
+    scannedLiveries.clear();
     pugi::xml_document document;
-    if (!document.load_buffer(text.data(), text.size())) {
+    bool inOrder = true;
+    if (!parseLiveries(text, document, inOrder)) {
+        scannedLiveries.clear();
         throw UserErrorException(51, fmt::format("File {} not found", name));
     }
-    takeLiveries(document, name);
+    checkXmlMeta(document);
+    if (!document.child("liveries")) {
+        throw UserErrorException(52, fmt::format("{} does not contain a <liveries> section", name));
+    }
+    if (scannedLiveries.empty()) {
+        throw UserErrorException(533, name + " does not contain liveries");
+    }
+    logLine(fmt::format("{} liveries read from {}", scannedLiveries.size(), name));
+    if (!inOrder) {
+        lf_sortLiveries(scannedLiveries);
+        scannedLiveries.erase(std::unique(scannedLiveries.begin(), scannedLiveries.end()),
+                              scannedLiveries.end());
+    }
 }
 
 void gf_processScannedLiveries() {

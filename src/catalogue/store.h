@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <string>
-#include <string_view>
 
 namespace kst {
 
@@ -16,8 +15,8 @@ void gf_scanLiveries();
 void lf_readLiveries();
 /// The same from another file.
 void readLiveriesFrom(const std::filesystem::path& path);
-/// The same from a text; `name` stands for the file in messages.
-void readLiveriesText(std::string_view text, const std::string& name);
+/// The same from a text, which is used up; `name` stands for the file in messages.
+void readLiveriesText(std::string& text, const std::string& name);
 /// Reads the store and builds the tables of the matcher, once per process: a later run finds them
 /// ready. Throws UserErrorException 51, 52, 533. Worker.
 void gf_processScannedLiveries();

@@ -1,12 +1,10 @@
 #pragma once
 
-// Getting at the XML of an airport parking file, on this machine or on the download server.
+// Getting at an airport parking file, on this machine or on the download server.
 
 #include <filesystem>
 #include <string>
 #include <string_view>
-
-#include <pugixml.hpp>
 
 namespace kst {
 
@@ -16,7 +14,5 @@ bool isLocalLocation(std::string_view location);
 std::string airportFileUrl(std::string_view location);
 /// Fetches a location on the server into the file. Returns success; a failure is logged.
 bool fetchAirportFile(std::string_view location, const std::filesystem::path& path);
-/// Parses the file. Returns what is wrong with it, empty if nothing.
-std::string loadAirportXml(const std::filesystem::path& path, pugi::xml_document& document);
 
 } // namespace kst

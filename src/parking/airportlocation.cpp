@@ -6,6 +6,7 @@
 #include "install/download.h"
 #include "parking/airportfetch.h"
 #include "parking/airportfile.h"
+#include "parking/airportxml.h"
 #include "parking/parkposxml.h"
 #include "platform/paths.h"
 
@@ -68,20 +69,6 @@ std::string airportFileUrl(std::string_view location) {
 bool fetchAirportFile(std::string_view location, const std::filesystem::path& path) {
     const DownloadHandle handle;
     return gf_fetchFile(handle, airportFileUrl(location), path, true);
-}
-
-std::string loadAirportXml(const std::filesystem::path& path, pugi::xml_document& document) {
-    constexpr std::size_t largestAirportFile = 64 * 1024 * 1024;
-    std::error_code error;
-    // Anything but a file may never end.
-    if (isThere(path) && !std::filesystem::is_regular_file(path, error)) {
-        return "no regular file";
-    }
-    if (std::filesystem::file_size(path, error) > largestAirportFile && !error) {
-        return "too large";
-    }
-    const pugi::xml_parse_result result = document.load_file(path.c_str());
-    return result ? std::string() : result.description();
 }
 
 std::string gf_locateApf(std::string_view icao) {

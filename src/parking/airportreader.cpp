@@ -8,6 +8,7 @@
 #include "core/runstate.h"
 #include "parking/airportfetch.h"
 #include "parking/airportfile.h"
+#include "parking/airportxml.h"
 #include "parking/learning.h"
 #include "parking/parkposxml.h"
 #include "parking/stands.h"
@@ -83,6 +84,8 @@ void showAirport(const AirportFile& airport) {
     });
     setAirportLoaded();
     enableControl(control::FlushStatic, true);
+    // Blank since the start. The operator is about to be let at it, and an empty text would mean the default.
+    showParameter(MAX_FIT_FL);
     parametersChanged = false;
     if (auto facts = parkAirport()) {
         facts->elevationFt = airport.altitude;
@@ -109,14 +112,15 @@ std::string readApf(const std::string& location) {
     }
     AirportFile& airport = loadedAirport();
     airport.handmade = false;
-    pugi::xml_document document;
-    if (const std::string failure = loadAirportXml(path, document); !failure.empty()) {
+    AirportXml file;
+    if (const std::string failure = file.load(path); !failure.empty()) {
         return fmt::format("{} could not be loaded: {}", location, failure);
     }
     airport.icao = facts->code;
-    takeParameters(document, airport);
-    readParkPositions(document, airport.stands, true);
-    airport.quality = {qualityParameter(document, "Qf_real"), qualityParameter(document, "Qf_soft")};
+    takeParameters(file.document(), airport);
+    file.takeStands(airport.stands);
+    airport.quality = {qualityParameter(file.document(), "Qf_real"),
+                       qualityParameter(file.document(), "Qf_soft")};
     const std::string source = readLearnedOver(location, airport);
     numberStands(airport.stands);
     logAirport(source, airport);

@@ -2,6 +2,7 @@
 
 #include "core/log.h"
 #include "parking/airportfetch.h"
+#include "parking/airportxml.h"
 #include "parking/learning.h"
 #include "parking/parkposxml.h"
 

@@ -22,8 +22,6 @@ namespace {
 
 /// No number of a stand comes near it; what is larger is damage.
 constexpr double largestNumber = 1e6;
-/// No airport has as many stands by far. More of them would cost the worker seconds.
-constexpr std::size_t mostStands = 4000;
 
 std::string_view withoutBlanks(std::string_view text) {
     constexpr char lastBlank = ' '; // what is below is a tab, a line end, or no text at all
@@ -39,8 +37,9 @@ std::string_view withoutBlanks(std::string_view text) {
 /// The text without control characters: it goes to the log and the window.
 void takePlain(std::string_view text, std::string& plain) {
     plain = text;
-    std::replace_if(
-        plain.begin(), plain.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
+    for (char& c : plain) {
+        c = static_cast<unsigned char>(c) < ' ' ? ' ' : c;
+    }
 }
 
 std::string plainText(std::string_view text) {
@@ -133,9 +132,12 @@ std::bitset<48> lf_hours2bitset(std::string_view text) {
     std::bitset<48> hours;
     try {
         while (!text.empty()) {
-            const std::size_t comma = text.find(',');
-            hours.set(halfHour(text.substr(0, comma)));
-            text.remove_prefix(comma == std::string_view::npos ? text.size() : comma + 1);
+            std::size_t end = 0; // of a piece: a call would cost more than these few characters
+            while (end < text.size() && text[end] != ',') {
+                ++end;
+            }
+            hours.set(halfHour(text.substr(0, end)));
+            text.remove_prefix(std::min(end + 1, text.size()));
         }
     } catch (const std::exception& error) {
         logLine(fmt::format("exception {} in lf_hours2bitset", error.what()));
@@ -201,7 +203,11 @@ ParkPos readParkPos(const pugi::xml_node& parkpos, bool fromArchive) {
     stand.longitude = numberAttribute(parkpos.attribute("longitude"));
     stand.radius = numberAttribute(parkpos.attribute("radius")) / metresPerNm;
     // Room for every child, whatever its name: they are options but for a comment.
-    stand.options.reserve(static_cast<std::size_t>(std::distance(parkpos.begin(), parkpos.end())));
+    std::size_t children = 0;
+    for (pugi::xml_node child = parkpos.first_child(); child; child = child.next_sibling()) {
+        ++children;
+    }
+    stand.options.reserve(children);
     for (const pugi::xml_node opt : parkpos.children("opt")) {
         ParkOption& option = stand.options.emplace_back();
         takeParkOption(opt, fromArchive, option);
@@ -214,6 +220,26 @@ ParkPos readParkPos(const pugi::xml_node& parkpos, bool fromArchive) {
     return stand;
 }
 
+void readStands(const pugi::xml_node& parent, bool fromArchive, std::vector<ParkPos>& stands) {
+    for (const pugi::xml_node parkpos : parent.children("parkpos")) {
+        stands.push_back(readParkPos(parkpos, fromArchive));
+    }
+}
+
+void appendStands(std::vector<ParkPos>& read, std::vector<ParkPos>& stands) {
+    stands.reserve(stands.size() + read.size());
+    std::unordered_set<std::string_view> seen;
+    for (ParkPos& stand : read) {
+        // The name is looked at where it stays: the memory of `stands` does not move any more.
+        stands.push_back(std::move(stand));
+        if (!seen.insert(stands.back().id).second) {
+            const std::string id = stands.back().id;
+            stands.pop_back();
+            throw UserErrorException(99, fmt::format("Parking position {} appears more than once?", id));
+        }
+    }
+}
+
 void readParkPositions(const pugi::xml_document& document, std::vector<ParkPos>& stands, bool fromArchive) {
     const pugi::xml_node parkpositions = document.child("parkpositions");
     const std::size_t stated = count(parkpositions, "parkpos");
@@ -221,16 +247,10 @@ void readParkPositions(const pugi::xml_document& document, std::vector<ParkPos>&
         throw std::runtime_error(
             fmt::format("{} stands are more than the {} that a file may have", stated, mostStands));
     }
-    stands.reserve(stands.size() + stated);
-    std::unordered_set<std::string> seen;
-    for (const pugi::xml_node parkpos : parkpositions.children("parkpos")) {
-        ParkPos stand = readParkPos(parkpos, fromArchive);
-        if (!seen.insert(stand.id).second) {
-            throw UserErrorException(99,
-                                     fmt::format("Parking position {} appears more than once?", stand.id));
-        }
-        stands.push_back(std::move(stand));
-    }
+    std::vector<ParkPos> read;
+    read.reserve(stated);
+    readStands(parkpositions, fromArchive, read);
+    appendStands(read, stands);
 }
 
 pugi::xml_node addParkPos(pugi::xml_node parkpositions, const ParkPos& stand) {

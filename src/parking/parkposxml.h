@@ -40,9 +40,14 @@ void addAirportParameter(pugi::xml_node parameters, std::string_view name, const
 ParkOption readParkOption(const pugi::xml_node& opt, bool fromArchive);
 /// A `parkpos` element with all its options, numbered from 1. `sid` and `neighbours` are left empty.
 ParkPos readParkPos(const pugi::xml_node& parkpos, bool fromArchive);
-/// Every `parkpos` of the document in file order, behind what is in `stands`. Throws UserErrorException at an
-/// id that stands there twice; the stands read so far then stay. Throws std::runtime_error at more stands
-/// than any airport has.
+/// No airport has as many stands by far. More of them would cost the worker seconds.
+inline constexpr std::size_t mostStands = 4000;
+/// Every `parkpos` among the children of the node in file order, behind what is in `stands`.
+void readStands(const pugi::xml_node& parent, bool fromArchive, std::vector<ParkPos>& stands);
+/// Moves the stands behind those in `stands`. Throws UserErrorException at an id that is among them already;
+/// those before it then stay.
+void appendStands(std::vector<ParkPos>& read, std::vector<ParkPos>& stands);
+/// Reads and appends every stand of the document. Throws std::runtime_error at more than `mostStands`.
 void readParkPositions(const pugi::xml_document& document, std::vector<ParkPos>& stands, bool fromArchive);
 
 /// Adds a `parkpos` with all attributes of place and kind, without `manual` and options.

@@ -164,6 +164,30 @@ TEST_F(AirportFiles, QualityShowsTheSoftFactorOnlyWhileLittleIsKnown) {
     EXPECT_EQ(gf_qualityText({100, -1}), "100");
 }
 
+TEST_F(AirportFiles, ALargeFileKeepsItsOrderAndIsRefusedAsAWhole) {
+    constexpr int count = 400;
+    std::string options;
+    for (int i = 0; i < 20; ++i) {
+        options += fmt::format(R"(<opt reg="HB-{}" airl="SWR" type="A320" day="1" hh="0,47"/>)", i);
+    }
+    std::string stands;
+    for (int i = 0; i < count; ++i) {
+        stands += standXml(fmt::format("S{}", i), 47.0, 8.0 + i * 0.01, options);
+    }
+    folder.write(local, airportXml(altitude, stands));
+    ASSERT_EQ(load(), "");
+    ASSERT_EQ(parkPositions().size(), count);
+    for (int i = 0; i < count; ++i) {
+        const ParkPos& stand = parkPositions()[static_cast<std::size_t>(i)];
+        ASSERT_EQ(stand.id, fmt::format("S{}", i));
+        ASSERT_EQ(stand.options.size(), 20U);
+        ASSERT_EQ(stand.options.back().reg, "HB-19");
+    }
+    folder.write(local, airportXml(altitude, stands + "<parkpos id='Z'>&lt;<opt></parkpos>"));
+    EXPECT_EQ(load(), local + " could not be loaded: Start-end tags mismatch");
+    EXPECT_TRUE(parkPositions().empty());
+}
+
 TEST_F(AirportFiles, ABadFileIsToldAsWhatItIs) {
     EXPECT_EQ(load(""), "gf_readApf xml is empty...");
     EXPECT_EQ(load("archive/stock/TEST.xml"),

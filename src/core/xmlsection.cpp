@@ -1,4 +1,4 @@
-#include "catalogue/xmlsection.h"
+#include "core/xmlsection.h"
 
 #include <algorithm>
 #include <cctype>
@@ -195,6 +195,48 @@ std::optional<XmlSection> findXmlSection(std::string_view text, std::string_view
         at = nextMarkup(text, tag.end);
     }
     return walk.result();
+}
+
+pugi::xml_parse_result parseAroundSection(std::string_view text, const XmlSection& section,
+                                          pugi::xml_document& document) {
+    std::string around(text.substr(0, section.begin));
+    around += text.substr(section.end);
+    return document.load_buffer(around.data(), around.size());
+}
+
+std::vector<XmlSection> partsOf(const XmlSection& section, std::size_t count) {
+    const std::size_t pieces = section.cuts.size() - 1;
+    std::vector<XmlSection> parts;
+    for (std::size_t i = 0, first = 0; i < count; ++i) {
+        const std::size_t last = pieces * (i + 1) / count;
+        if (last > first) {
+            const auto cut = section.cuts.begin();
+            parts.push_back(
+                {section.cuts[first],
+                 section.cuts[last],
+                 {cut + static_cast<std::ptrdiff_t>(first), cut + static_cast<std::ptrdiff_t>(last) + 1},
+                 section.children});
+            first = last;
+        }
+    }
+    return parts;
+}
+
+pugi::xml_parse_result parseSection(std::string& text, const XmlSection& section,
+                                    const std::function<void(const pugi::xml_node&)>& take) {
+    constexpr unsigned int parsePiece = pugi::parse_default | pugi::parse_fragment;
+    pugi::xml_document document;
+    pugi::xml_parse_result result;
+    result.status = pugi::status_ok;
+    for (std::size_t i = 1; i < section.cuts.size() && result; ++i) {
+        result = document.load_buffer_inplace(text.data() + section.cuts[i - 1],
+                                              section.cuts[i] - section.cuts[i - 1], parsePiece,
+                                              pugi::encoding_utf8);
+        if (result) {
+            take(document);
+        }
+    }
+    return result;
 }
 
 } // namespace kst
