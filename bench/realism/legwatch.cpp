@@ -86,7 +86,8 @@ void LegWatch::noteLeg(const LiveAc& ac) {
     lag_.pass(ac.maxLagTicks, newLeg);
     if (newLeg) {
         leg_ = kindOfLeg(ac);
-        invented_ = ac.reckonLeft > 0 || (!ac.onGround && !fed_.contains(placeOf(target)));
+        // Before it has an object none of its points has been taken.
+        invented_ = ac.reckonLeft > 0 || (objectId_ != 0 && !ac.onGround && !fed_.contains(placeOf(target)));
     }
     target_ = target;
     legLeftS_ = static_cast<float>(ticksBetween(presentTick(), target.dueTick)) / ticksPerSecond;
