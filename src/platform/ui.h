@@ -94,6 +94,8 @@ public:
     /// Text of a text box, UTF-8; what is not UTF-8 is shown as replacement characters.
     virtual void setText(int controlId, std::string_view text) = 0;
     virtual std::string text(int controlId) const = 0;
+    /// A control that is disabled while it has the keyboard gets it back with its enabling: no other control
+    /// is handed keys that were not meant for it.
     virtual void setEnabled(int controlId, bool enabled) = 0;
     /// Keeps the window above the others, neither moved nor resized.
     virtual void setTopMost(bool topMost) = 0;

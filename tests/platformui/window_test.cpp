@@ -1,6 +1,7 @@
 // The real window with its real controls, worked as a person works it.
 
 #include "platform/ui.h"
+#include "platform/uiplace.h"
 #include "platformui/driver.h"
 
 #include <clocale>
@@ -8,6 +9,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -146,6 +148,10 @@ TEST_F(RealWindow, PushButtonTakesMouseSpaceAndEnter) {
 TEST_F(RealWindow, TextBoxHoldsNoMoreThanItsLimit) {
     test::pasteText(textBox, std::string(10000, 'W'));
     EXPECT_EQ(window->text(textBox), std::string(textLimit, 'W'));
+    window->setText(textBox, "");
+    test::pasteText(textBox, "/opt/simulator\r\n");
+    EXPECT_EQ(window->text(textBox), "/opt/simulator") << "copied with the end of its line";
+    test::pasteText(textBox, std::string(textLimit, 'W'));
     test::typeText(textBox, "more");
     EXPECT_EQ(window->text(textBox).size(), static_cast<std::size_t>(textLimit));
 }
@@ -175,6 +181,19 @@ TEST_F(RealWindow, KeyboardReachesEveryEnabledControlInOrder) {
     EXPECT_EQ(test::pressTab(), pushButton);
     EXPECT_EQ(test::pressTab(), lastBox);
     EXPECT_EQ(test::pressTab(), checkBox);
+}
+
+TEST_F(RealWindow, NoControlGetsKeysThatWereMeantForAnother) {
+    EXPECT_EQ(test::pressTab(), checkBox) << "none has the keyboard at first";
+    test::focusControl(textBox);
+    window->setEnabled(textBox, false);
+    window->setEnabled(textBox, true);
+    EXPECT_EQ(test::pressTab(), pushButton) << "not given back";
+    test::focusControl(textBox);
+    window->setEnabled(textBox, false);
+    EXPECT_EQ(test::pressTab(), checkBox) << "handed on to the next control";
+    window->setEnabled(textBox, true);
+    EXPECT_EQ(test::pressTab(), textBox) << "taken from the control that has it now";
 }
 
 TEST_F(RealWindow, FocusMarkAndStateCanBeSeen) {
@@ -269,6 +288,19 @@ TEST(WindowPlace, OneThatNoDisplayShowsGivesWayToAVisibleOne) {
         const auto window = createWindow("Title", far, far, 400, 200, owner);
         EXPECT_LT(std::abs(window->x()), 5000);
         EXPECT_LT(std::abs(window->y()), 5000);
+    }
+}
+
+TEST(WindowPlace, EnoughOfTheCaptionIsSeen) {
+    const Rect displays[] = {{0, 0, 1000, 800}, {-1000, 0, 0, 800}};
+    const Place elsewhere{60, 60};
+    const std::pair<Place, Place> places[] = {
+        {{-900, 100}, {-900, 100}},   {{940, 100}, {940, 100}},  {{941, 100}, elsewhere},
+        {{-1340, 100}, {-1340, 100}}, {{-1341, 100}, elsewhere}, {{10, -15}, {10, -15}},
+        {{10, -16}, elsewhere},       {{10, 785}, {10, 785}},    {{10, 786}, elsewhere},
+    };
+    for (const auto& [wanted, place] : places) {
+        EXPECT_EQ(reachablePlace(wanted, 400, displays), place) << wanted.x << ", " << wanted.y;
     }
 }
 

@@ -1,8 +1,6 @@
-#include "platform/linux/uiapplication.h"
-
 #include "platform/ui.h"
+#include "platform/uiwakeup.h"
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -11,7 +9,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <system_error>
-#include <vector>
 
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -28,26 +25,14 @@ namespace {
 // Readable by the event loop as a descriptor, writable by a signal handler: Qt's own posted events are
 // neither. It lives as long as the process, so that a late writer never meets a closed descriptor.
 std::atomic<int> bell{-1};
-static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free);
-
-std::atomic<bool> closeAsked{false};
-std::vector<WakeupClient*> clients;
+static_assert(std::atomic<int>::is_always_lock_free);
 
 void answerBell() {
     std::uint64_t rings = 0;
     if (::read(bell.load(), &rings, sizeof rings) < 0 && errno != EAGAIN) {
         return;
     }
-    // A client may come or go while another is served.
-    const std::vector<WakeupClient*> present = clients;
-    for (WakeupClient* client : present) {
-        if (std::find(clients.begin(), clients.end(), client) != clients.end()) {
-            client->serve();
-        }
-    }
-    if (!clients.empty() && closeAsked.exchange(false)) {
-        clients.front()->serveCloseRequest();
-    }
+    serveWakeupClients();
 }
 
 /// The same light look on every desktop: the painted background does not follow a dark theme either.
@@ -91,15 +76,6 @@ private:
 
 } // namespace
 
-void addWakeupClient(WakeupClient& client) {
-    clients.push_back(&client);
-    ringWakeup();
-}
-
-void removeWakeupClient(WakeupClient& client) {
-    std::erase(clients, &client);
-}
-
 void ringWakeup() noexcept {
     const int descriptor = bell.load();
     if (descriptor < 0) {
@@ -129,11 +105,6 @@ int runMessageLoop() {
 
 void quitMessageLoop(int result) {
     QCoreApplication::exit(result);
-}
-
-void requestClose() noexcept {
-    closeAsked.store(true);
-    ringWakeup();
 }
 
 } // namespace kst::platform

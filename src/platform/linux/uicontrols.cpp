@@ -1,24 +1,43 @@
 #include "platform/linux/uicontrols.h"
 
 #include "platform/linux/uipainter.h"
+#include "platform/uilook.h"
+
+#include <algorithm>
 
 #include <QKeyEvent>
 #include <QPainter>
-#include <QPainterPath>
+#include <QPolygonF>
+#include <QValidator>
 
 namespace kst::platform {
 
 namespace {
 
-constexpr QColor focusColour(0, 60, 150);
-constexpr QColor frameColour(40, 40, 40);
-constexpr QColor disabledColour(125, 140, 155);
-constexpr QColor disabledFill(190, 212, 234);
-constexpr QColor pressedFill(215, 228, 242);
+/// The colour as a style sheet has it.
+QString css(Colour colour) {
+    return toQt(colour).name();
+}
 
 bool isEnter(const QKeyEvent& event) {
     return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
 }
+
+/// Takes the line breaks out of what is pasted: a path that was copied with its line's end is still the path.
+class OneLine final : public QValidator {
+public:
+    using QValidator::QValidator;
+    State validate(QString& text, int& cursor) const override {
+        const auto isBreak = [](QChar letter) {
+            return letter == u'\n' || letter == u'\r' || letter == QChar::LineSeparator ||
+                   letter == QChar::ParagraphSeparator;
+        };
+        const auto before = std::count_if(text.begin(), text.begin() + cursor, isBreak);
+        text.removeIf(isBreak);
+        cursor -= static_cast<int>(before);
+        return Acceptable;
+    }
+};
 
 } // namespace
 
@@ -47,21 +66,24 @@ void CheckBox::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const bool focused = hasFocus();
-    const double border = focused ? 2.0 : 1.0;
+    const double border = focused ? look::focusFrame : look::plainFrame;
     const QRectF box = QRectF(rect()).adjusted(border / 2, border / 2, -border / 2, -border / 2);
-    painter.setPen(QPen(!isEnabled() ? disabledColour : focused ? focusColour : frameColour, border));
-    painter.setBrush(!isEnabled() ? disabledFill : isDown() ? pressedFill : QColor(Qt::white));
+    const Colour frame = !isEnabled() ? look::disabledFrame : focused ? look::focus : look::frame;
+    const Colour fill = !isEnabled() ? look::disabledCheckBoxFill
+                        : isDown()   ? look::pressedFill
+                                     : look::checkBoxFill;
+    painter.setPen(QPen(toQt(frame), border));
+    painter.setBrush(toQt(fill));
     painter.drawRect(box);
     if (!isChecked()) {
         return;
     }
-    QPainterPath mark;
-    mark.moveTo(width() * 0.24, height() * 0.52);
-    mark.lineTo(width() * 0.43, height() * 0.71);
-    mark.lineTo(width() * 0.77, height() * 0.28);
-    painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(isEnabled() ? QColor(Qt::black) : disabledColour, 1.7));
-    painter.drawPath(mark);
+    QPolygonF mark;
+    for (const look::Share& corner : look::checkMark) {
+        mark.append({width() * corner.x, height() * corner.y});
+    }
+    painter.setPen(QPen(toQt(isEnabled() ? look::mark : look::disabledFrame), 1.7));
+    painter.drawPolyline(mark);
 }
 
 TextBox::TextBox(QWidget* parent, int controlId, int textLimit, WindowEvents& events)
@@ -70,14 +92,13 @@ TextBox::TextBox(QWidget* parent, int controlId, int textLimit, WindowEvents& ev
     if (textLimit > 0) {
         setMaxLength(textLimit);
     }
-    setStyleSheet(QStringLiteral("QLineEdit { background: rgb(%1,%2,%3); color: black; padding: 0px 1px;"
-                                 " border: 1px solid rgb(40,40,40); }"
-                                 "QLineEdit:focus { border: 2px solid rgb(0,60,150); padding: 0px; }"
-                                 "QLineEdit:disabled { color: rgb(90,105,120); background: rgb(176,204,232);"
-                                 " border-color: rgb(125,140,155); }")
-                      .arg(textBoxColour.red)
-                      .arg(textBoxColour.green)
-                      .arg(textBoxColour.blue));
+    setValidator(new OneLine(this));
+    setStyleSheet(
+        QStringLiteral("QLineEdit { background: %1; color: %2; padding: 0px 1px; border: 1px solid %3; }"
+                       "QLineEdit:focus { border: 2px solid %4; padding: 0px; }"
+                       "QLineEdit:disabled { background: %5; color: %6; border-color: %7; }")
+            .arg(css(textBoxColour), css(look::boxText), css(look::frame), css(look::focus),
+                 css(look::disabledBoxFill), css(look::disabledBoxText), css(look::disabledFrame)));
 }
 
 void TextBox::keyPressEvent(QKeyEvent* event) {
@@ -94,14 +115,15 @@ PushButton::PushButton(QWidget* parent, int controlId, const QString& caption, W
     setFont(windowFont());
     setAutoDefault(false);
     setFocusPolicy(Qt::StrongFocus);
-    setStyleSheet(QStringLiteral(
-        "QPushButton { background: rgb(232,238,245); color: black; border: 1px solid rgb(40,40,40);"
-        " border-radius: 3px; padding: 0px 4px; }"
-        "QPushButton:hover { background: rgb(245,249,253); }"
-        "QPushButton:pressed { background: rgb(200,212,226); }"
-        "QPushButton:focus { border: 2px solid rgb(0,60,150); }"
-        "QPushButton:disabled { color: rgb(110,125,140); background: rgb(176,204,232);"
-        " border-color: rgb(125,140,155); }"));
+    setStyleSheet(
+        QStringLiteral("QPushButton { background: rgb(232,238,245); color: black; border: 1px solid %1;"
+                       " border-radius: 3px; padding: 0px 4px; }"
+                       "QPushButton:hover { background: rgb(245,249,253); }"
+                       "QPushButton:pressed { background: rgb(200,212,226); }"
+                       "QPushButton:focus { border: 2px solid %2; }"
+                       "QPushButton:disabled { background: %3; color: %4; border-color: %5; }")
+            .arg(css(look::frame), css(look::focus), css(look::disabledBoxFill), css(look::disabledBoxText),
+                 css(look::disabledFrame)));
     connect(this, &QPushButton::clicked, [controlId, &events] { events.clicked(controlId); });
 }
 

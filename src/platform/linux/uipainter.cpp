@@ -1,5 +1,7 @@
 #include "platform/linux/uipainter.h"
 
+#include "platform/uilook.h"
+
 #include <algorithm>
 #include <cmath>
 #include <optional>
@@ -13,30 +15,6 @@ namespace kst::platform {
 
 namespace {
 
-// The positions of the layout leave each text the room that it takes in a font of this running width.
-constexpr double widestSampleWidth = 262.0;
-constexpr int largestFontPixels = 13;
-constexpr int smallestFontPixels = 9;
-
-QFont chooseFont() {
-    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-    font.setBold(false);
-    font.setItalic(false);
-    const QString sample = QStringLiteral("abcdefghijklmnopqrstuvwxyz 0123456789");
-    for (int pixels = largestFontPixels; pixels >= smallestFontPixels; --pixels) {
-        font.setPixelSize(pixels);
-        const QFontMetricsF metrics(font);
-        if (metrics.height() <= textLineHeight && metrics.horizontalAdvance(sample) <= widestSampleWidth) {
-            break;
-        }
-    }
-    return font;
-}
-
-QColor toQt(Colour colour) {
-    return {colour.red, colour.green, colour.blue};
-}
-
 QString toQt(std::string_view text) {
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     QString result = decoder(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())));
@@ -44,6 +22,22 @@ QString toQt(std::string_view text) {
         throw TextConversionError();
     }
     return result;
+}
+
+QFont chooseFont() {
+    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    font.setBold(false);
+    font.setItalic(false);
+    const QString sample = toQt(look::fontSample);
+    for (int pixels = look::largestFontPixels; pixels >= look::smallestFontPixels; --pixels) {
+        font.setPixelSize(pixels);
+        const QFontMetricsF metrics(font);
+        if (metrics.height() <= textLineHeight &&
+            metrics.horizontalAdvance(sample) <= look::widestFontSample) {
+            break;
+        }
+    }
+    return font;
 }
 
 int measure(const QFontMetricsF& metrics, std::string_view text) {

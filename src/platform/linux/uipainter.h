@@ -4,12 +4,17 @@
 
 #include "platform/ui.h"
 
+#include <QColor>
 #include <QFont>
 #include <QFontMetricsF>
 
 class QPainter;
 
 namespace kst::platform {
+
+inline QColor toQt(Colour colour) {
+    return {colour.red, colour.green, colour.blue};
+}
 
 /// The window's font: the desktop's own family in the largest size at which a line fits its height and the
 /// texts of the fixed layout their room.

@@ -2,6 +2,7 @@
 
 #include "platform/linux/uicontrols.h"
 #include "platform/linux/uipainter.h"
+#include "platform/uiplace.h"
 
 #include <algorithm>
 
@@ -27,19 +28,13 @@ Rect fromQt(const QRect& area) {
     return {area.left(), area.top(), area.left() + area.width(), area.top() + area.height()};
 }
 
-/// The position itself while enough of the caption can be grasped on some display, else a visible one.
-QPoint reachable(QPoint wanted, int width) {
-    constexpr int captionHeight = 30;
-    constexpr int grip = 60;
-    const QRect caption(wanted, QSize(width, captionHeight));
+/// Where windows may be, that of the primary display first.
+std::vector<Rect> workAreas() {
+    std::vector<Rect> areas;
     for (const QScreen* screen : QGuiApplication::screens()) {
-        const QRect seen = screen->availableGeometry().intersected(caption);
-        if (seen.width() >= grip && seen.height() >= captionHeight / 2) {
-            return wanted;
-        }
+        areas.push_back(fromQt(screen->availableGeometry()));
     }
-    const QScreen* primary = QGuiApplication::primaryScreen();
-    return primary == nullptr ? wanted : primary->availableGeometry().topLeft() + QPoint(grip, grip);
+    return areas;
 }
 
 /// A small aircraft on the window's colours, for the task bar.
@@ -72,7 +67,8 @@ QtWindow::QtWindow(std::string_view title, int x, int y, int width, int height, 
     setWindowTitle(toQt(title));
     setWindowIcon(drawIcon());
     setFixedSize(width, height);
-    move(reachable(QPoint(x, y), width));
+    const Place place = reachablePlace({x, y}, width, workAreas());
+    move(place.x, place.y);
     // Every pixel is painted by the owner: nothing to erase first, so nothing flickers.
     setAttribute(Qt::WA_OpaquePaintEvent);
     addWakeupClient(*this);
@@ -99,12 +95,15 @@ void QtWindow::addControl(const ControlDescription& control) {
     widget->setGeometry(toQt(control.area));
     widget->setAccessibleName(toQt(control.accessibleName));
     widget->setAccessibleDescription(toQt(control.toolTip));
-    widget->setToolTip(toQt(control.toolTip));
+    // As rich text, since only that goes on in a next line.
+    widget->setToolTip(QStringLiteral("<qt>%1</qt>").arg(toQt(control.toolTip).toHtmlEscaped()));
     widget->setEnabled(control.enabled);
     controls_[control.id] = widget;
 }
 
 void QtWindow::show() {
+    // Else the first control has the keyboard, and what was typed for another window works it.
+    setFocus();
     QWidget::show();
 }
 
@@ -132,8 +131,18 @@ std::string QtWindow::text(int controlId) const {
 }
 
 void QtWindow::setEnabled(int controlId, bool enabled) {
-    if (const auto found = controls_.find(controlId); found != controls_.end()) {
-        found->second->setEnabled(enabled);
+    const auto found = controls_.find(controlId);
+    if (found == controls_.end()) {
+        return;
+    }
+    QWidget* const control = found->second;
+    if (!enabled && focusWidget() == control) {
+        focused_ = control;
+        setFocus();
+    }
+    control->setEnabled(enabled);
+    if (enabled && focused_ == control && focusWidget() == this) {
+        control->setFocus();
     }
 }
 
@@ -157,41 +166,25 @@ int QtWindow::y() const {
 
 void QtWindow::invalidate(const Rect& area) {
     {
-        const std::lock_guard lock(pendingMutex_);
-        if (std::find(pendingAreas_.begin(), pendingAreas_.end(), area) != pendingAreas_.end()) {
+        const std::lock_guard lock(areasMutex_);
+        if (std::find(dirtyAreas_.begin(), dirtyAreas_.end(), area) != dirtyAreas_.end()) {
             return;
         }
-        pendingAreas_.push_back(area);
-    }
-    ringWakeup();
-}
-
-void QtWindow::post(int message) {
-    {
-        const std::lock_guard lock(pendingMutex_);
-        pendingMessages_.push_back(message);
+        dirtyAreas_.push_back(area);
     }
     ringWakeup();
 }
 
 void QtWindow::serve() {
     std::vector<Rect> areas;
-    std::vector<int> messages;
     {
-        const std::lock_guard lock(pendingMutex_);
-        areas.swap(pendingAreas_);
-        messages.swap(pendingMessages_);
+        const std::lock_guard lock(areasMutex_);
+        areas.swap(dirtyAreas_);
     }
     for (const Rect& area : areas) {
         update(toQt(area));
     }
-    for (const int message : messages) {
-        events_.posted(message);
-    }
-}
-
-void QtWindow::serveCloseRequest() {
-    events_.closeRequested();
+    messages_.deliver(events_);
 }
 
 void QtWindow::paintEvent(QPaintEvent* event) {

@@ -2,8 +2,8 @@
 
 // The Qt window behind platform::Window.
 
-#include "platform/linux/uiapplication.h"
 #include "platform/ui.h"
+#include "platform/uiwakeup.h"
 
 #include <mutex>
 #include <unordered_map>
@@ -31,11 +31,11 @@ public:
     int x() const override;
     int y() const override;
     void invalidate(const Rect& area) override;
-    void post(int message) override;
+    void post(int message) override { messages_.post(message); }
 
 private:
     void serve() override;
-    void serveCloseRequest() override;
+    void serveCloseRequest() override { events_.closeRequested(); }
     void paintEvent(QPaintEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
@@ -44,10 +44,11 @@ private:
     std::unordered_map<int, QWidget*> controls_;
     std::unordered_map<int, CheckBox*> checkBoxes_;
     std::unordered_map<int, TextBox*> textBoxes_;
+    QWidget* focused_ = nullptr; ///< the control that had the keyboard before it was disabled
 
-    std::mutex pendingMutex_; ///< guards what other threads leave here
-    std::vector<Rect> pendingAreas_;
-    std::vector<int> pendingMessages_;
+    PostedMessages messages_;
+    std::mutex areasMutex_; ///< guards what other threads want to have painted
+    std::vector<Rect> dirtyAreas_;
 };
 
 } // namespace kst::platform

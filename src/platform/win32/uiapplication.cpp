@@ -1,11 +1,10 @@
 #include "platform/win32/uiapplication.h"
 
 #include "platform/ui.h"
+#include "platform/uiwakeup.h"
 
-#include <algorithm>
 #include <atomic>
 #include <system_error>
-#include <vector>
 
 #include <windows.h>
 
@@ -24,22 +23,10 @@ constexpr UINT bellMessage = WM_APP;
 // arrives while the system runs a loop of its own, as for a menu or while the window is dragged.
 std::atomic<HWND> bell{nullptr};
 std::atomic<bool> workWaits{false};
-std::atomic<bool> closeAsked{false};
-std::vector<WakeupClient*> clients;
 
 void answerBell() {
-    if (!workWaits.exchange(false)) {
-        return;
-    }
-    // A client may come or go while another is served.
-    const std::vector<WakeupClient*> present = clients;
-    for (WakeupClient* client : present) {
-        if (std::find(clients.begin(), clients.end(), client) != clients.end()) {
-            client->serve();
-        }
-    }
-    if (!clients.empty() && closeAsked.exchange(false)) {
-        clients.front()->serveCloseRequest();
+    if (workWaits.exchange(false)) {
+        serveWakeupClients();
     }
 }
 
@@ -104,15 +91,6 @@ private:
 
 } // namespace
 
-void addWakeupClient(WakeupClient& client) {
-    clients.push_back(&client);
-    ringWakeup();
-}
-
-void removeWakeupClient(WakeupClient& client) {
-    std::erase(clients, &client);
-}
-
 void ringWakeup() noexcept {
     if (workWaits.exchange(true)) {
         return;
@@ -152,11 +130,6 @@ int runMessageLoop() {
 
 void quitMessageLoop(int result) {
     PostQuitMessage(result);
-}
-
-void requestClose() noexcept {
-    closeAsked.store(true);
-    ringWakeup();
 }
 
 } // namespace kst::platform

@@ -1,21 +1,15 @@
 #include "platform/win32/uicontrols.h"
 
+#include "platform/uilook.h"
 #include "platform/win32/utf16.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
 namespace kst::platform {
 
 namespace {
-
-constexpr Colour focusColour{0, 60, 150};
-constexpr Colour frameColour{40, 40, 40};
-constexpr Colour disabledColour{125, 140, 155};
-constexpr Colour disabledFill{190, 212, 234};
-constexpr Colour pressedFill{215, 228, 242};
-constexpr Colour plainFill{255, 255, 255};
-constexpr Colour markColour{0, 0, 0};
 
 // The frame of a text box, layout pixels: its upper and lower side leave a line of text all the room there
 // is.
@@ -43,13 +37,13 @@ void drawBoxFrame(HWND box, const Scale& scale) {
     const int top = scale.device(boxFrameTop);
     const int side = scale.device(boxFrameSide);
     if (focused) {
-        drawFrame(context, area, side, top, toGdi(focusColour));
+        drawFrame(context, area, side, top, toGdi(look::focus));
     } else {
         RECT inner = area;
         InflateRect(&inner, -scale.device(1), -top);
         drawFrame(context, inner, side - scale.device(1), 0,
-                  toGdi(enabled ? textBoxColour : disabledBoxColour));
-        drawFrame(context, area, scale.device(1), top, toGdi(enabled ? frameColour : disabledColour));
+                  toGdi(enabled ? textBoxColour : look::disabledBoxFill));
+        drawFrame(context, area, scale.device(1), top, toGdi(enabled ? look::frame : look::disabledFrame));
     }
     ReleaseDC(box, context);
 }
@@ -112,11 +106,11 @@ LRESULT CALLBACK buttonProcedure(HWND button, UINT message, WPARAM wParam, LPARA
 }
 
 void drawMark(HDC context, const RECT& area, int thickness, COLORREF colour) {
-    const auto at = [&](double x, double y) {
-        return POINT{area.left + std::lround(x * (area.right - area.left)),
-                     area.top + std::lround(y * (area.bottom - area.top))};
-    };
-    const std::array<POINT, 3> mark = {at(0.22, 0.50), at(0.42, 0.70), at(0.76, 0.26)};
+    std::array<POINT, look::checkMark.size()> mark{};
+    std::transform(look::checkMark.begin(), look::checkMark.end(), mark.begin(), [&](const look::Share& at) {
+        return POINT{area.left + std::lround(at.x * (area.right - area.left)),
+                     area.top + std::lround(at.y * (area.bottom - area.top))};
+    });
     const LOGBRUSH brush = {BS_SOLID, colour, 0};
     const HPEN pen = ExtCreatePen(PS_GEOMETRIC | PS_SOLID | PS_ENDCAP_SQUARE | PS_JOIN_MITER,
                                   static_cast<DWORD>(thickness), &brush, 0, nullptr);
@@ -182,14 +176,17 @@ LRESULT drawCheckBox(const NMCUSTOMDRAW& stage, const Scale& scale) {
     const bool pressed = (SendMessageW(box, BM_GETSTATE, 0, 0) & BST_PUSHED) != 0;
     RECT area = {};
     GetClientRect(box, &area);
-    const int border = scale.device(focused ? 2 : 1);
-    fillArea(stage.hdc, area, toGdi(!enabled ? disabledFill : pressed ? pressedFill : plainFill));
+    const int border = scale.device(focused ? look::focusFrame : look::plainFrame);
+    fillArea(stage.hdc, area,
+             toGdi(!enabled  ? look::disabledCheckBoxFill
+                   : pressed ? look::pressedFill
+                             : look::checkBoxFill));
     drawFrame(stage.hdc, area, border, border,
-              toGdi(!enabled  ? disabledColour
-                    : focused ? focusColour
-                              : frameColour));
+              toGdi(!enabled  ? look::disabledFrame
+                    : focused ? look::focus
+                              : look::frame));
     if (SendMessageW(box, BM_GETCHECK, 0, 0) == BST_CHECKED) {
-        drawMark(stage.hdc, area, scale.device(2), toGdi(enabled ? markColour : disabledColour));
+        drawMark(stage.hdc, area, scale.device(2), toGdi(enabled ? look::mark : look::disabledFrame));
     }
     return CDRF_SKIPDEFAULT;
 }

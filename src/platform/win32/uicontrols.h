@@ -35,7 +35,4 @@ std::wstring windowText(HWND control);
 /// What fits into `limit` UTF-16 code units, no surrogate pair torn apart. No limit is 0.
 std::wstring_view withinLimit(std::wstring_view text, int limit);
 
-/// Background of a text box that takes no input.
-inline constexpr Colour disabledBoxColour{176, 204, 232};
-
 } // namespace kst::platform

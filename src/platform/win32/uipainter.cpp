@@ -1,5 +1,6 @@
 #include "platform/win32/uipainter.h"
 
+#include "platform/uilook.h"
 #include "platform/win32/utf16.h"
 
 #include <algorithm>
@@ -10,23 +11,30 @@ namespace kst::platform {
 
 namespace {
 
-// The positions of the layout leave each text the room that it takes in a font of this running width.
-constexpr int widestSampleWidth = 262;
-constexpr wchar_t sample[] = L"abcdefghijklmnopqrstuvwxyz 0123456789";
-constexpr int largestFontPixels = 13;
-constexpr int smallestFontPixels = 9;
-
-/// A device context of no window, for measuring.
+/// A device context of no window, for measuring. It has the display's colours: without, letters have hard
+/// edges, and other widths.
 class MemoryContext {
 public:
-    MemoryContext() : context_(CreateCompatibleDC(nullptr)) {}
-    ~MemoryContext() { DeleteDC(context_); }
+    MemoryContext() {
+        const HDC display = GetDC(nullptr);
+        context_ = CreateCompatibleDC(display);
+        surface_ = CreateCompatibleBitmap(display, 1, 1);
+        before_ = SelectObject(context_, surface_);
+        ReleaseDC(nullptr, display);
+    }
+    ~MemoryContext() {
+        SelectObject(context_, before_);
+        DeleteObject(surface_);
+        DeleteDC(context_);
+    }
     MemoryContext(const MemoryContext&) = delete;
     MemoryContext& operator=(const MemoryContext&) = delete;
     HDC get() const { return context_; }
 
 private:
-    HDC context_;
+    HDC context_ = nullptr;
+    HBITMAP surface_ = nullptr;
+    HGDIOBJ before_ = nullptr;
 };
 
 LOGFONTW desktopFont(int dotsPerInch) {
@@ -104,12 +112,14 @@ Font makeFont(const Scale& scale, int lineHeight) {
     const MemoryContext context;
     LOGFONTW description = desktopFont(scale.dotsPerInch());
     Font font;
-    for (int pixels = scale.device(largestFontPixels); pixels >= scale.device(smallestFontPixels); --pixels) {
+    const std::wstring sample = wideFromUtf8(look::fontSample);
+    const int smallest = scale.device(look::smallestFontPixels);
+    for (int pixels = scale.device(look::largestFontPixels); pixels >= smallest; --pixels) {
         description.lfHeight = -pixels;
         font.reset(CreateFontIndirectW(&description));
         const HGDIOBJ before = SelectObject(context.get(), font.get());
         const bool fits = lineHeightOf(context.get()) <= scale.device(lineHeight) &&
-                          widthOf(context.get(), sample) <= scale.device(widestSampleWidth);
+                          widthOf(context.get(), sample) <= scale.device(look::widestFontSample);
         SelectObject(context.get(), before);
         if (fits) {
             break;

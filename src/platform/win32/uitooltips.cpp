@@ -1,5 +1,6 @@
 #include "platform/win32/uitooltips.h"
 
+#include "platform/uilook.h"
 #include "platform/win32/utf16.h"
 
 #include <array>
@@ -11,8 +12,6 @@
 namespace kst::platform {
 
 namespace {
-
-constexpr int widestTip = 420; ///< layout pixels; a longer sentence takes several lines
 
 /// The tip of an area of the window, which is what the mouse meets where a control is disabled.
 TOOLINFOW areaTool(HWND window, int controlId, const RECT& area) {
@@ -58,7 +57,7 @@ void ToolTips::move(int controlId, const RECT& area) {
 
 void ToolTips::rescale(const Scale& scale, HFONT font) {
     SendMessageW(tips_, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
-    SendMessageW(tips_, TTM_SETMAXTIPWIDTH, 0, scale.device(widestTip));
+    SendMessageW(tips_, TTM_SETMAXTIPWIDTH, 0, scale.device(look::widestToolTip));
 }
 
 SpokenNames::SpokenNames() {

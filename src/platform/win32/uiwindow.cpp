@@ -1,8 +1,11 @@
 #include "platform/win32/uiwindow.h"
 
+#include "platform/uilook.h"
+#include "platform/uiplace.h"
+#include "platform/win32/uiapplication.h"
 #include "platform/win32/utf16.h"
 
-#include <algorithm>
+#include <vector>
 
 #include <uxtheme.h>
 
@@ -18,26 +21,29 @@ constexpr DWORD windowStyle = WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_MINIM
 constexpr unsigned sessionEndMilliseconds = 20'000;
 constexpr wchar_t sessionEndReason[] = L"The traffic is being removed from the simulator.";
 
+/// Free room at both sides of a text in its box, layout pixels: a number of three figures fits the narrowest.
+constexpr int boxMargin = 1;
+
 // The height of a line of text in a text box of 16 layout pixels: what its frame leaves.
 constexpr int boxLineHeight = 14;
 
-/// The position itself while enough of the caption can be grasped on some display, else a visible one.
-POINT reachable(POINT wanted, int width) {
-    constexpr int captionHeight = 30;
-    constexpr int grip = 60;
-    const RECT caption = {wanted.x, wanted.y, wanted.x + width, wanted.y + captionHeight};
-    MONITORINFO monitor = {};
-    monitor.cbSize = sizeof monitor;
-    RECT seen = {};
-    if (GetMonitorInfoW(MonitorFromRect(&caption, MONITOR_DEFAULTTONULL), &monitor) != FALSE &&
-        IntersectRect(&seen, &caption, &monitor.rcWork) != FALSE && seen.right - seen.left >= grip &&
-        seen.bottom - seen.top >= captionHeight / 2) {
-        return wanted;
+BOOL CALLBACK addWorkArea(HMONITOR monitor, HDC, RECT*, LPARAM list) noexcept {
+    auto& areas = *reinterpret_cast<std::vector<Rect>*>(list);
+    MONITORINFO facts = {};
+    facts.cbSize = sizeof facts;
+    if (GetMonitorInfoW(monitor, &facts) != FALSE) {
+        const bool primary = (facts.dwFlags & MONITORINFOF_PRIMARY) != 0;
+        const RECT& work = facts.rcWork;
+        areas.insert(primary ? areas.begin() : areas.end(), {work.left, work.top, work.right, work.bottom});
     }
-    if (GetMonitorInfoW(MonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY), &monitor) == FALSE) {
-        return wanted;
-    }
-    return {monitor.rcWork.left + grip, monitor.rcWork.top + grip};
+    return TRUE;
+}
+
+/// Where windows may be, that of the primary display first.
+std::vector<Rect> workAreas() {
+    std::vector<Rect> areas;
+    EnumDisplayMonitors(nullptr, nullptr, addWorkArea, reinterpret_cast<LPARAM>(&areas));
+    return areas;
 }
 
 HICON loadIcon(int widthMetric, int heightMetric) {
@@ -66,8 +72,8 @@ Win32Window::Win32Window(std::string_view title, int x, int y, int width, int he
         return;
     }
     const SIZE provisional = outerSize(scale_);
-    const POINT place = reachable({x, y}, static_cast<int>(provisional.cx));
-    position_ = place;
+    const Place place = reachablePlace({x, y}, static_cast<int>(provisional.cx), workAreas());
+    position_ = {place.x, place.y};
     // The procedure takes the handle and the object together with the first message.
     if (CreateWindowExW(0, windowClass, wideFromUtf8(title).c_str(), windowStyle, place.x, place.y,
                         static_cast<int>(provisional.cx), static_cast<int>(provisional.cy), nullptr, nullptr,
@@ -138,14 +144,14 @@ void Win32Window::setEnabled(int controlId, bool enabled) {
         return;
     }
     const HWND control = found->second.handle;
-    // A disabled control that kept the keyboard would keep it from everything.
-    if (!enabled && GetFocus() == control) {
-        moveFocus(control, false);
-        if (GetFocus() == control) {
-            SetFocus(handle_);
-        }
-    }
+    const bool hadFocus = GetFocus() == control;
     EnableWindow(control, enabled ? TRUE : FALSE);
+    if (!enabled && hadFocus) {
+        focused_ = control;
+        SetFocus(handle_);
+    } else if (enabled && focused_ == control && GetFocus() == handle_) {
+        SetFocus(control);
+    }
 }
 
 void Win32Window::setTopMost(bool topMost) {
@@ -156,25 +162,6 @@ void Win32Window::setTopMost(bool topMost) {
 void Win32Window::invalidate(const Rect& area) {
     const RECT pixels = Scale(dotsPerInch_.load()).device(area);
     InvalidateRect(handle_, &pixels, FALSE);
-}
-
-void Win32Window::post(int message) {
-    {
-        const std::lock_guard lock(pendingMutex_);
-        pendingMessages_.push_back(message);
-    }
-    ringWakeup();
-}
-
-void Win32Window::serve() {
-    std::vector<int> messages;
-    {
-        const std::lock_guard lock(pendingMutex_);
-        messages.swap(pendingMessages_);
-    }
-    for (const int message : messages) {
-        events_.posted(message);
-    }
 }
 
 void Win32Window::moveFocus(HWND from, bool backwards) {
@@ -287,8 +274,8 @@ LRESULT Win32Window::answerOnState(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 LRESULT Win32Window::colourBox(HDC context, bool enabled) const {
-    const COLORREF background = toGdi(enabled ? textBoxColour : disabledBoxColour);
-    SetTextColor(context, enabled ? RGB(0, 0, 0) : GetSysColor(COLOR_GRAYTEXT));
+    const COLORREF background = toGdi(enabled ? textBoxColour : look::disabledBoxFill);
+    SetTextColor(context, toGdi(enabled ? look::boxText : look::disabledBoxText));
     SetBkColor(context, background);
     SetDCBrushColor(context, background);
     return reinterpret_cast<LRESULT>(GetStockObject(DC_BRUSH));
@@ -342,7 +329,9 @@ void Win32Window::endOfSession() {
 void Win32Window::keepFocus(WPARAM activation) {
     if (LOWORD(activation) == WA_INACTIVE) {
         const HWND focus = GetFocus();
-        focused_ = focus != nullptr && IsChild(handle_, focus) != FALSE ? focus : nullptr;
+        if (focus != nullptr && IsChild(handle_, focus) != FALSE) {
+            focused_ = focus;
+        }
     }
 }
 
@@ -370,6 +359,11 @@ void Win32Window::fitControl(int controlId, const Control& control) {
     SendMessageW(control.handle, WM_SETFONT, reinterpret_cast<WPARAM>(font.get()), TRUE);
     SetWindowPos(control.handle, nullptr, area.left, area.top, area.right - area.left, area.bottom - area.top,
                  SWP_NOZORDER | SWP_NOACTIVATE | SWP_FRAMECHANGED);
+    if (control.kind == ControlKind::TextBox) {
+        // With a new font the box takes margins of its own, which differ from one fineness to the next.
+        SendMessageW(control.handle, EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN,
+                     MAKELPARAM(scale_.device(boxMargin), scale_.device(boxMargin)));
+    }
     toolTips_->move(controlId, area);
 }
 

@@ -3,16 +3,14 @@
 // The Win32 window behind platform::Window.
 
 #include "platform/ui.h"
-#include "platform/win32/uiapplication.h"
+#include "platform/uiwakeup.h"
 #include "platform/win32/uicontrols.h"
 #include "platform/win32/uipainter.h"
 #include "platform/win32/uitooltips.h"
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <unordered_map>
-#include <vector>
 
 #include <windows.h>
 
@@ -38,7 +36,7 @@ public:
     int x() const override { return position_.x; }
     int y() const override { return position_.y; }
     void invalidate(const Rect& area) override;
-    void post(int message) override;
+    void post(int message) override { messages_.post(message); }
 
 private:
     struct Control {
@@ -48,7 +46,7 @@ private:
         int textLimit;
     };
 
-    void serve() override;
+    void serve() override { messages_.deliver(events_); }
     void serveCloseRequest() override { events_.closeRequested(); }
     void enterPressed(int controlId) override { events_.entered(controlId); }
     void moveFocus(HWND from, bool backwards) override;
@@ -73,8 +71,9 @@ private:
     int width_; ///< layout pixels, as the height
     int height_;
     HWND handle_ = nullptr;
-    HWND focused_ = nullptr; ///< the control that had the keyboard when the window was left
-    POINT position_;         ///< of the outer frame; stays while the window is minimised
+    HWND focused_ =
+        nullptr;     ///< the control that had the keyboard before the window was left or it was disabled
+    POINT position_; ///< of the outer frame; stays while the window is minimised
     Scale scale_;
     std::atomic<int> dotsPerInch_{plainDotsPerInch}; ///< of `scale_`, for the other threads
     Font font_;
@@ -82,9 +81,7 @@ private:
     std::unique_ptr<ToolTips> toolTips_;
     SpokenNames spokenNames_;
     std::unordered_map<int, Control> controls_;
-
-    std::mutex pendingMutex_; ///< guards what other threads leave here
-    std::vector<int> pendingMessages_;
+    PostedMessages messages_;
 };
 
 } // namespace kst::platform

@@ -9,6 +9,7 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMouseEvent>
+#include <QTextDocumentFragment>
 #include <QWidget>
 #include <QWindow>
 
@@ -140,7 +141,7 @@ bool windowIsTopMost() {
 }
 
 std::string shownToolTip(int controlId) {
-    return control(controlId).toolTip().toStdString();
+    return QTextDocumentFragment::fromHtml(control(controlId).toolTip()).toPlainText().toStdString();
 }
 
 std::string spokenName(int controlId) {
