@@ -5,6 +5,8 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
+#include <memory>
 #include <sstream>
 #include <unistd.h>
 
@@ -19,7 +21,7 @@ class Display {
 public:
     Display()
         : output_(std::filesystem::temp_directory_path() / fmt::format("kst-display-{}.txt", getpid())),
-          server_({"/usr/bin/Xvfb", "-displayfd", "1", "-noreset", "-screen", "0", "1600x1000x24"}, {},
+          server_({"/usr/bin/Xvfb", "-displayfd", "1", "-noreset", "-screen", "0", "1920x1200x24"}, {},
                   std::filesystem::temp_directory_path(), output_) {
         waitFor(
             [&] {
@@ -95,6 +97,11 @@ std::string pathText(const std::filesystem::path& path) {
     return path.string();
 }
 
+void setDotsPerInch(std::map<std::string, std::string>& environment, int dotsPerInch) {
+    environment["QT_SCALE_FACTOR"] =
+        fmt::format("{}", static_cast<double>(dotsPerInch) / platform::plainDotsPerInch);
+}
+
 std::vector<std::string> onDisplay() {
     return {"/usr/bin/env", "DISPLAY=" + displayName()};
 }
@@ -103,8 +110,28 @@ std::optional<WindowState> windowState(const std::filesystem::path&) {
     return std::nullopt;
 }
 
-bool setClipboard(const std::filesystem::path&, const std::string&) {
-    return false;
+bool setClipboard(const std::filesystem::path& folder, const std::string& text) {
+    const std::vector<std::string> xclip = {"/usr/bin/xclip", "-display", displayName(), "-selection",
+                                            "clipboard"};
+    const auto with = [&](std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), xclip.begin(), xclip.end());
+        return arguments;
+    };
+    const auto file = folder / "clipboard.txt";
+    std::ofstream(file, std::ios::binary) << text;
+    // A text is on the clipboard for as long as the process that offers it lives: to the next one, or to the
+    // end of the tests.
+    static std::unique_ptr<ChildProcess> owner;
+    owner = std::make_unique<ChildProcess>(with({"-quiet", file.string()}),
+                                           std::map<std::string, std::string>{}, folder, "/dev/null");
+    const auto seen = folder / "seen.txt";
+    return waitFor(
+        [&] {
+            std::filesystem::remove(seen);
+            ChildProcess reader(with({"-o"}), {}, folder, seen);
+            return reader.wait(std::chrono::seconds{5}) == 0 && contentOf(seen) == text;
+        },
+        std::chrono::seconds{10});
 }
 
 void askToClose(ChildProcess& program) {

@@ -39,6 +39,9 @@ std::vector<std::string> simulatorArguments(const std::filesystem::path& folder)
 /// A path of this machine as the program writes it and a person types it.
 std::string pathText(const std::filesystem::path& path);
 
+/// Has the display as fine as told for programs that are started with this environment from now on.
+void setDotsPerInch(std::map<std::string, std::string>& environment, int dotsPerInch);
+
 /// The words in front of a command that is to run on the display on which the program's window appears.
 std::vector<std::string> onDisplay();
 
@@ -62,7 +65,7 @@ struct WindowState {
 /// Nothing where the system does not let another process ask.
 std::optional<WindowState> windowState(const std::filesystem::path& folder);
 
-/// Puts UTF-8 text on the clipboard; false where that cannot be done. `folder` is for a file on the way.
+/// Puts UTF-8 text on the clipboard; false when that fails. `folder` is for a file on the way.
 bool setClipboard(const std::filesystem::path& folder, const std::string& text);
 
 /// As the close button asks.
