@@ -244,11 +244,15 @@ std::string pageOf(const Measured& measured, const std::string& title, const std
                     "</p>\n",
                     escaped(title), stands.empty() ? "" : " Blue: the stands.");
     out += mapOf(measured, stands);
-    if (measured.byObject.size() == 1 && stands.empty()) {
+    const bool single = measured.byObject.size() == 1 && stands.empty();
+    if (single) {
         out += "<h1>Altitude</h1>\n" + profileOf(measured.byObject.front());
     }
     out += fmt::format("<h1>Figures</h1><pre>{}</pre>\n", escaped(figures));
-    return out + "<h1>Each object</h1>\n" + rowsOf(measured) + "</body></html>\n";
+    if (!single) {
+        out += "<h1>Each object</h1>\n" + rowsOf(measured);
+    }
+    return out + "</body></html>\n";
 }
 
 } // namespace kst::tool

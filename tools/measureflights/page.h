@@ -16,8 +16,8 @@ struct DrawnStand {
 };
 
 /// One HTML page that needs nothing else: a map of what was told (grey) and what was flown (coloured) and of
-/// the stands, the figures as text, and a line for each object. A single flight among no stands also gets its
-/// altitude along the time.
+/// the stands, the figures as text, and a line for each object. A single flight among no stands gets its
+/// altitude along the time instead of that line.
 std::string pageOf(const Measured& measured, const std::string& title, const std::string& figures,
                    const std::vector<DrawnStand>& stands = {});
 
