@@ -254,6 +254,9 @@ void letTheRangeBeWorkedOut(Session& session) {
 void bringAnAirportInSight(Session& session) {
     session.expectLogged("LSZH in sight at", [&] { session.hand.enter(control::AirportRange, ""); });
     session.expectBox(control::AirportRange, "AIRPORT_RANGE", "20", "20");
+}
+
+void seeItsAircraft(Session& session) {
     session.expectEnabled(control::ParkFake, true, 120s);
     EXPECT_GT(session.objects(true).size(), 7U);
     session.expectBox(control::LateralRange, "LATERAL_RANGE", "100", "100", 30s);
@@ -395,9 +398,10 @@ TEST(WindowControls, EachIsUsedOnceAndHasItsEffect) {
     part("number boxes", useNumberBoxes);
     part("rubbish", enterRubbish);
     part("disabled control", tryADisabledControl);
-    part("callsign", blockACallsign);
     part("automatic range", letTheRangeBeWorkedOut);
     part("park airport", bringAnAirportInSight);
+    part("callsign", blockACallsign); // while the parked aircraft come
+    part("parked aircraft", seeItsAircraft);
     part("lights", switchTheLights);
     part("parking", changeTheParking);
     part("flush and re-read", flushAndReRead);
