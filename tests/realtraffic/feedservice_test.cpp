@@ -194,6 +194,8 @@ TEST(Options, WhatMakesNoSenseIsRefusedWithItsName) {
     const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
         {{}, "--tracks or --generator"},
         {{"--generator", "5", "--tracks", "x.csv"}, "--tracks or --generator"},
+        {{"--generator"}, "--generator takes N"},
+        {{"--generator", "5", "--traffic", "70000"}, "--traffic"},
         {{"--generator", "many"}, "--generator takes a number"},
         {{"--generator", "5", "--speed", "nan"}, "--speed"},
         {{"--generator", "5", "--garbage", "10"}, "--garbage"},
@@ -203,7 +205,10 @@ TEST(Options, WhatMakesNoSenseIsRefusedWithItsName) {
         const std::string error = kst::test::thrown<std::runtime_error>([&] { readOptions(entry.first); });
         EXPECT_NE(error.find(entry.second), std::string::npos) << error;
     }
-    const auto files = readOptions({"--start", "60", "--tracks", "a.csv@600,b.csv"}).recorded.files;
+    const Options options =
+        readOptions({"--start", "60", "--tracks", "a.csv@600,b.csv", "--tcp", "127.0.0.1:5"});
+    EXPECT_EQ(options.service.linkPort, 5);
+    const auto& files = options.recorded.files;
     ASSERT_EQ(files.size(), 2U);
     EXPECT_EQ(files[0].startSeconds, 600.0);
     EXPECT_EQ(files[1].startSeconds, 60.0) << "for the file without a start of its own";

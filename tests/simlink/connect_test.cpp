@@ -134,6 +134,7 @@ protected:
         EXPECT_EQ(SimConnect_AIRemoveObject(handle, 9, 105), result) << "every call gives the error";
         EXPECT_EQ(SimConnect_Close(handle), simOk);
         EXPECT_EQ(SimConnect_Close(handle), simBadArgument) << "a closed handle is unknown";
+        EXPECT_EQ(SimConnect_AIRemoveObject(handle, 9, 105), simBadArgument);
         EXPECT_EQ(SimTransport::count(), 0) << "nothing is left of the connection";
         EXPECT_EQ(served.get(), "Kestrane_P3D");
         return result;

@@ -278,6 +278,7 @@ TEST_F(Dispatch, AScanReportsHeightsBelow2500Feet) {
     };
     const Case cases[] = {
         {"low", scanMessage(77, 100.0, "SWR1"), {"HeightReport 77 1 0 1400.6 100"}},
+        {"in the air", scanMessage(77, 100.0, "SWR1", false), {"HeightReport 77 0 0 1400.6 100"}},
         {"at the ceiling", scanMessage(77, 2500.0, "SWR1"), {"HeightReport 77 1 0 1400.6 2500"}},
         {"above", scanMessage(77, 2500.5, "SWR1"), {}},
         {"static", scanMessage(77, 0.0, "SWR1*"), {}},

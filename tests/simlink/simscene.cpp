@@ -75,8 +75,13 @@ PacketFields dataMessage(std::uint32_t request, std::uint32_t objectId, std::uin
     return recvMessage(id).u32(request).u32(objectId).u32(0).u32(0).u32(1).u32(1).u32(1);
 }
 
-Packet scanMessage(std::uint32_t objectId, double heightAglFt, std::string_view atcId) {
-    return dataMessage(101, objectId, 9).f64(heightAglFt).f64(1400.6).i64(1).text(atcId, 32).bytes();
+Packet scanMessage(std::uint32_t objectId, double heightAglFt, std::string_view atcId, bool onGround) {
+    return dataMessage(101, objectId, 9)
+        .f64(heightAglFt)
+        .f64(1400.6)
+        .i64(onGround ? 1 : 0)
+        .text(atcId, 32)
+        .bytes();
 }
 
 Packet userMessage(const UserAnswer& answer) {

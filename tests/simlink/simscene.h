@@ -51,7 +51,7 @@ Packet frameMessage(float rate);
 Packet exceptionMessage(std::uint32_t exception, std::uint32_t sendId = 0, std::uint32_t index = 0);
 /// The head of an answer with data; the data follow.
 PacketFields dataMessage(std::uint32_t request, std::uint32_t objectId, std::uint32_t id = 8);
-Packet scanMessage(std::uint32_t objectId, double heightAglFt, std::string_view atcId);
+Packet scanMessage(std::uint32_t objectId, double heightAglFt, std::string_view atcId, bool onGround = true);
 struct UserAnswer {
     double latitude = 47.458;
     double longitude = 8.548;

@@ -42,6 +42,30 @@ TEST_F(Hostile, ATextWithoutItsEndIsRefused) {
     EXPECT_EQ(client.exceptionOf(client.send(OpAICreateNonATCAircraft, create)), ExceptionSizeMismatch);
 }
 
+TEST_F(Hostile, WhatMakesNoSenseIsRefused) {
+    struct Case {
+        Operation operation;
+        std::initializer_list<std::uint32_t> words;
+        std::uint32_t exception;
+    };
+    const Case cases[] = {
+        {OpRequestDataOnSimObject, {1, 999, 0, PeriodSecond, 0, 0, 0, 0}, ExceptionUnrecognizedId},
+        {OpRequestDataOnSimObject, {1, 403, 999, PeriodSecond, 0, 0, 0, 0}, ExceptionUnrecognizedId},
+        {OpRequestDataOnSimObject, {1, 403, 0, 99, 0, 0, 0, 0}, ExceptionInvalidEnum},
+        {OpRequestDataOnSimObject, {1, 403, 0, PeriodSecond, 2, 0, 0, 0}, ExceptionInvalidEnum},
+        {OpRequestDataOnSimObjectType, {1, 999, 100, ObjectAircraft}, ExceptionUnrecognizedId},
+        {OpRequestDataOnSimObjectType, {1, 404, 100, 99}, ExceptionInvalidEnum},
+        {OpSetDataOnSimObject, {402, 0, 1, 1, 0}, ExceptionInvalidEnum},
+        {OpSetDataOnSimObject, {402, 0, 0, 2, 0}, ExceptionInvalidArray},
+        {OpSetDataOnSimObject, {402, 0, 0, 1, 8}, ExceptionSizeMismatch},
+        {OpClearDataDefinition, {999}, ExceptionUnrecognizedId},
+        {OpAIRemoveObject, {999, RequestRemove}, ExceptionUnrecognizedId},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(client.exceptionOf(client.send(c.operation, c.words)), c.exception) << c.operation;
+    EXPECT_EQ(client.exceptionOf(client.open()), ExceptionIllegalOperation) << "opened twice";
+}
+
 TEST_F(Hostile, UnknownOperationsAndProtocolsAreRefused) {
     EXPECT_EQ(client.exceptionOf(client.send(0x77, {1, 2, 3})), ExceptionError);
     PacketWriter wrongProtocol;
