@@ -3,6 +3,7 @@
 #include "system/linux/host.h"
 #include "system/linux/systemworld.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <sstream>
@@ -28,13 +29,19 @@ int numberOf(const std::string& text, const std::string& name) {
     return value;
 }
 
+int distance(platform::Colour one, platform::Colour other) {
+    return std::abs(one.red - other.red) + std::abs(one.green - other.green) +
+           std::abs(one.blue - other.blue);
+}
+
 void append(std::vector<std::string>& words, std::vector<std::string> more) {
     words.insert(words.end(), more.begin(), more.end());
 }
 
 } // namespace
 
-Picture::Picture(const std::string& pixmap, int left, int top) : left_(left), top_(top) {
+Picture::Picture(const std::string& pixmap, int left, int top, int dotsPerInch)
+    : left_(left), top_(top), dotsPerInch_(dotsPerInch) {
     std::istringstream head(pixmap);
     std::string kind;
     int largest = 0;
@@ -48,7 +55,7 @@ Picture::Picture(const std::string& pixmap, int left, int top) : left_(left), to
     }
 }
 
-platform::Colour Picture::at(int x, int y) const {
+platform::Colour Picture::seen(int x, int y) const {
     x += left_;
     y += top_;
     if (empty() || x < 0 || y < 0 || x >= width_ || y >= height_) {
@@ -61,21 +68,39 @@ platform::Colour Picture::at(int x, int y) const {
     return {byte(0), byte(1), byte(2)};
 }
 
+platform::Colour Picture::at(int x, int y) const {
+    const auto middle = [&](int layoutPixel) {
+        return (2 * layoutPixel + 1) * dotsPerInch_ / (2 * platform::plainDotsPerInch);
+    };
+    return seen(middle(x), middle(y));
+}
+
+int Picture::contrast(int x, int y, platform::Colour colour) const {
+    const auto first = [&](int layoutPixel) {
+        return layoutPixel * dotsPerInch_ / platform::plainDotsPerInch;
+    };
+    int most = 0;
+    for (int row = first(y); row < first(y + 1); ++row) {
+        for (int column = first(x); column < first(x + 1); ++column) {
+            most = std::max(most, distance(seen(column, row), colour));
+        }
+    }
+    return most;
+}
+
 int Picture::count(const platform::Rect& area, platform::Colour colour) const {
     constexpr int farthest = 90;
     int found = 0;
     for (int y = area.top; y < area.bottom; ++y) {
         for (int x = area.left; x < area.right; ++x) {
-            const platform::Colour seen = at(x, y);
-            const int distance = std::abs(seen.red - colour.red) + std::abs(seen.green - colour.green) +
-                                 std::abs(seen.blue - colour.blue);
-            found += !empty() && distance < farthest ? 1 : 0;
+            found += !empty() && distance(at(x, y), colour) < farthest ? 1 : 0;
         }
     }
     return found;
 }
 
-Hand::Hand(const SystemWorld& world) : folder_(world.folder()), onDisplay_(host::onDisplay()) {}
+Hand::Hand(const SystemWorld& world, int dotsPerInch)
+    : dotsPerInch_(dotsPerInch), folder_(world.folder()), onDisplay_(host::onDisplay()) {}
 
 std::string Hand::run(const std::vector<std::string>& words) const {
     std::vector<std::string> all = onDisplay_;
@@ -103,18 +128,22 @@ const Place& Hand::window() {
     return place_;
 }
 
+int Hand::pixels(int layoutPixels) const {
+    return layoutPixels * dotsPerInch_ / platform::plainDotsPerInch;
+}
+
 int Hand::frame() {
-    return (window().width - layout::windowWidth) / 2;
+    return (window().width - pixels(layout::windowWidth)) / 2;
 }
 
 int Hand::caption() {
-    return window().height - layout::windowHeight - frame();
+    return window().height - pixels(layout::windowHeight) - frame();
 }
 
 std::vector<std::string> Hand::moveTo(int controlId) {
     const platform::Rect area = layout::controlArea(layout::controls[layout::controlIndex(controlId)]);
-    return {"mousemove", std::to_string(window().x + frame() + (area.left + area.right) / 2),
-            std::to_string(window().y + caption() + (area.top + area.bottom) / 2)};
+    return {"mousemove", std::to_string(window().x + frame() + pixels((area.left + area.right) / 2)),
+            std::to_string(window().y + caption() + pixels((area.top + area.bottom) / 2))};
 }
 
 /// Where no tool tip comes up: one would lie over the next control.
@@ -136,6 +165,10 @@ void Hand::clickOften(int controlId, int times) {
 
 void Hand::pointAt(int controlId) {
     xdotool(moveTo(controlId));
+}
+
+void Hand::rest() {
+    xdotool(atRest());
 }
 
 void Hand::press(const std::vector<std::string>& keys) {
@@ -188,7 +221,7 @@ Picture Hand::look() {
     const Place& place = window();
     const std::string area = fmt::format("{}x{}+{}+{}", place.width, place.height, place.x, place.y);
     return {run({"/usr/bin/import", "-window", "root", "-crop", area, "+repage", "-depth", "8", "ppm:-"}),
-            frame(), caption()};
+            frame(), caption(), dotsPerInch_};
 }
 
 } // namespace kst::test

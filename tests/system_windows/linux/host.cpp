@@ -59,6 +59,11 @@ std::string pathText(const fs::path& path) {
     return wine::pathText(path);
 }
 
+void setDotsPerInch(std::map<std::string, std::string>&, int dotsPerInch) {
+    wine::run({"reg", "add", R"(HKCU\Control Panel\Desktop)", "/v", "LogPixels", "/t", "REG_DWORD", "/d",
+               std::to_string(dotsPerInch), "/f"});
+}
+
 std::vector<std::string> onDisplay() {
     return {(sourceFolder() / "scripts" / "wine-session").string(), "run"};
 }

@@ -3,9 +3,6 @@
 #include "system/linux/display.h"
 #include "system/linux/host.h"
 #include "system/linux/systemworld.h"
-#include "system_windows/linux/wine.h"
-
-#include <cstdlib>
 
 #include <gtest/gtest.h>
 
@@ -70,39 +67,6 @@ TEST(WindowsWindow, CloseButtonSavesWhereTheWindowWasDraggedTo) {
     EXPECT_TRUE(stored(world, "MAIN_WINDOW_X", "240"));
     EXPECT_TRUE(stored(world, "MAIN_WINDOW_Y", "150"));
     EXPECT_TRUE(world.logSays("User closed Kestrane_P3D", 1s));
-}
-
-/// The fineness of the display that programs of the session find from now on.
-void setDotsPerInch(int dotsPerInch) {
-    test::wine::run({"reg", "add", R"(HKCU\Control Panel\Desktop)", "/v", "LogPixels", "/t", "REG_DWORD",
-                     "/d", std::to_string(dotsPerInch), "/f"});
-}
-
-TEST(WindowsWindow, ScalesAsAWholeOnAFinerDisplay) {
-    constexpr int plain = 96;
-    for (const int dotsPerInch : {120, 144, 192, plain}) {
-        SCOPED_TRACE(dotsPerInch);
-        setDotsPerInch(dotsPerInch);
-        SystemWorld world;
-        world.startProgram();
-        EXPECT_TRUE(world.logSays("Waiting for Prepar3Dv5 ..."));
-        const auto state = test::host::windowState(world.folder());
-        const auto near = [&](int pixels, int layoutPixels) {
-            return std::abs(pixels * plain - layoutPixels * dotsPerInch) <= plain;
-        };
-        EXPECT_TRUE(state && near(state->width, layout::windowWidth) &&
-                    near(state->height, layout::windowHeight));
-        for (const layout::Control& control : layout::controls) {
-            const platform::Rect wanted = layout::controlArea(control);
-            const platform::Rect seen = state ? state->controls.at(control.id).area : platform::Rect{};
-            EXPECT_TRUE(near(seen.left, wanted.left) && near(seen.top, wanted.top) &&
-                        near(seen.right, wanted.right) && near(seen.bottom, wanted.bottom))
-                << control.id << ": " << seen.left << ", " << seen.top << " to " << seen.right << ", "
-                << seen.bottom;
-        }
-        test::host::askToClose(world.program());
-        EXPECT_EQ(world.program().wait(20s), 0);
-    }
 }
 
 } // namespace
