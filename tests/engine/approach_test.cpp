@@ -113,27 +113,20 @@ TEST_F(Approach, DescentRateFollowsPressureAndIsNeverShallow) {
 }
 
 TEST_F(Approach, FlatAltitudesOfTheFeedOnShortFinalStillDescend) {
-    LiveAc& ac = onApproach();
-    ac.landing = true;
-    ac.track[1].altFt = ac.track[0].altFt;
-    ac.track[0].vsFpm = ac.track[1].vsFpm = 50.0;
-    ac.heightAgl = 1000.0;
-    lf_setupAirStep(ac);
-    EXPECT_NEAR(ac.dAlt, -601.0 / 6000.0, 1e-9);
-
-    LiveAc& higher = onApproach();
-    higher.landing = true;
-    higher.track[1].altFt = higher.track[0].altFt;
-    higher.heightAgl = 1000.1;
-    lf_setupAirStep(higher);
-    EXPECT_EQ(higher.dAlt, 0.0);
-
-    LiveAc& climbing = onApproach();
-    climbing.landing = true;
-    climbing.track[1].altFt = climbing.track[0].altFt;
-    climbing.track[0].vsFpm = climbing.track[1].vsFpm = 51.0;
-    lf_setupAirStep(climbing);
-    EXPECT_EQ(climbing.dAlt, 0.0) << "a flat track with a climb in it is followed";
+    struct {
+        double agl, vsFpm, step;
+    } const table[] = {{1000.0, 50.0, -601.0 / 6000.0},
+                       {1000.1, 50.0, 0.0},
+                       {1000.0, 51.0, 0.0}}; // a flat track with a climb in it is followed
+    for (const auto& row : table) {
+        LiveAc& ac = onApproach();
+        ac.landing = true;
+        ac.heightAgl = row.agl;
+        ac.track[1].altFt = ac.track[0].altFt;
+        ac.track[0].vsFpm = ac.track[1].vsFpm = row.vsFpm;
+        lf_setupAirStep(ac);
+        EXPECT_NEAR(ac.dAlt, row.step, 1e-9) << row.agl << " ft, " << row.vsFpm << " ft/min";
+    }
 }
 
 TEST_F(Approach, OutsideALandingNothingSinksTowardsTheGroundBelowAThousandFeet) {
@@ -424,23 +417,26 @@ TEST_F(Approach, DescentNearTheParkAirportBecomesALanding) {
     EXPECT_THAT(sent(ac, simconnect::CabinLightsSet), ElementsAre(0U));
 }
 
-TEST_F(Approach, DescentElsewhereIsNoLanding) {
-    LiveAc& noAirport = onApproach();
-    configureByAltitude(noAirport);
-    EXPECT_FALSE(noAirport.landing);
-
-    world.openAirport();
-    LiveAc& far = onApproach();
-    const LatLon away = offset(airportPlace, 270.0, 10.1 * metresPerNm);
-    far.simState.lat = away.lat;
-    far.simState.lon = away.lon;
-    configureByAltitude(far);
-    EXPECT_FALSE(far.landing);
-
-    LiveAc& shallow = onApproach();
-    shallow.track[0].vsFpm = -249.0;
-    configureByAltitude(shallow);
-    EXPECT_FALSE(shallow.landing);
+TEST_F(Approach, ApproachBecomesALandingOnlyWhenItDescendsNearTheParkAirport) {
+    struct {
+        const char* name;
+        bool airport;
+        double awayNm, vsFpm;
+    } const table[] = {{"no airport", false, 4.0, -700.0},
+                       {"10.1 nm away", true, 10.1, -700.0},
+                       {"shallow", true, 4.0, -249.0}};
+    for (const auto& row : table) {
+        if (row.airport) {
+            world.openAirport();
+        }
+        LiveAc& ac = onApproach();
+        const LatLon away = offset(airportPlace, 270.0, row.awayNm * metresPerNm);
+        ac.simState.lat = away.lat;
+        ac.simState.lon = away.lon;
+        ac.track[0].vsFpm = row.vsFpm;
+        configureByAltitude(ac);
+        EXPECT_FALSE(ac.landing) << row.name;
+    }
 }
 
 TEST_F(Approach, GoAroundIsConfiguredOnce) {
@@ -681,25 +677,25 @@ TEST_F(Approach, TouchdownAtTheVeryPitchOfRestNeitherEndsTheNoseDownNorRollsTheA
     EXPECT_EQ(ac.simState.bank, 0.0);
 }
 
-TEST_F(Approach, GroundContactOutsideALandingIsNoLanding) {
-    LiveAc& ac = onApproach();
-    lf_touchDown(ac);
-    EXPECT_TRUE(ac.onGround);
-    EXPECT_FALSE(ac.rollingOut);
-    EXPECT_THAT(sent(ac, simconnect::SpoilersSet), IsEmpty());
-}
-
-TEST_F(Approach, GroundContactInTheTakeOffOrOfALeavingAircraftIsIgnored) {
-    LiveAc& takingOff = onApproach();
-    takingOff.phase = AcPhase::TakeOff;
-    takingOff.landing = true;
-    lf_touchDown(takingOff);
-    EXPECT_FALSE(takingOff.onGround);
-    LiveAc& leaving = onApproach();
-    leaving.state = AcState::Removing;
-    leaving.landing = true;
-    lf_touchDown(leaving);
-    EXPECT_FALSE(leaving.onGround);
+TEST_F(Approach, GroundContactIsATouchdownOnlyForWhomItMayBeOne) {
+    struct {
+        const char* name;
+        AcState state;
+        AcPhase phase;
+        bool landing, onGround;
+    } const table[] = {{"outside a landing", AcState::Live, AcPhase::Air, false, true},
+                       {"in the take-off", AcState::Live, AcPhase::TakeOff, true, false},
+                       {"leaving", AcState::Removing, AcPhase::Air, true, false}};
+    for (const auto& row : table) {
+        LiveAc& ac = onApproach();
+        ac.state = row.state;
+        ac.phase = row.phase;
+        ac.landing = row.landing;
+        lf_touchDown(ac);
+        EXPECT_EQ(ac.onGround, row.onGround) << row.name;
+        EXPECT_FALSE(ac.rollingOut) << row.name;
+        EXPECT_THAT(sent(ac, simconnect::SpoilersSet), IsEmpty()) << row.name;
+    }
 }
 
 TEST_F(Approach, RolloutCleansUpAsItSlowsAndEndsWhenTheRunwayIsLeft) {

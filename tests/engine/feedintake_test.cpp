@@ -269,68 +269,49 @@ TEST_F(FeedIntake, NoiseAndStraightTracksAreThinned) {
     }
 }
 
-TEST_F(FeedIntake, PlacesThatNoFlightReachesAreDroppedUntilTheTargetStaysThere) {
+TEST_F(FeedIntake, PlacesOutOfReachAreDroppedUntilTheTargetStaysThere) {
+    const Sighting air{};
+    const Sighting taxi{.gsKt = 10.0, .airborne = false};
+    const Sighting roll{.gsKt = 60.0, .airborne = false};
     struct Case {
         const char* name;
+        Sighting first, then;
         double metres, altFt, afterS;
         AcPhase phase;
         bool taken;
     };
     const Case cases[] = {
-        {"flies on", 1300, 6000, 10, AcPhase::Air, true},
-        {"flies on with a strong wind behind it", 2500, 6000, 10, AcPhase::Air, true},
-        {"jumps 20 km", 20000, 6000, 10, AcPhase::Air, false},
-        {"jumps 20 km before it enters", 20000, 6000, 10, AcPhase::Unknown, false},
-        {"is there still two minutes later", 20000, 6000, 120, AcPhase::Air, true},
-        {"stands on a stand, where other rules hold", 20000, 6000, 10, AcPhase::Parked, true},
-        {"waits after its push back", 20000, 6000, 10, AcPhase::AfterPush, false},
-        {"dives", 1300, 3000, 10, AcPhase::Air, true},
-        {"loses 5,900 ft", 1300, 100, 10, AcPhase::Air, false},
-        {"gains 30,000 ft", 1300, 36000, 10, AcPhase::Air, false},
+        {"flies on", air, air, 1300, 6000, 10, AcPhase::Air, true},
+        {"flies on with a strong wind behind it", air, air, 2500, 6000, 10, AcPhase::Air, true},
+        {"jumps 20 km", air, air, 20000, 6000, 10, AcPhase::Air, false},
+        {"jumps 20 km before it enters", air, air, 20000, 6000, 10, AcPhase::Unknown, false},
+        {"is there still two minutes later", air, air, 20000, 6000, 120, AcPhase::Air, true},
+        {"stands on a stand, where other rules hold", air, air, 20000, 6000, 10, AcPhase::Parked, true},
+        {"waits after its push back", air, air, 20000, 6000, 10, AcPhase::AfterPush, false},
+        {"dives", air, air, 1300, 3000, 10, AcPhase::Air, true},
+        {"loses 5,900 ft", air, air, 1300, 100, 10, AcPhase::Air, false},
+        {"gains 30,000 ft", air, air, 1300, 36000, 10, AcPhase::Air, false},
+        {"flew 6,000 ft above", {.altFt = 7500.0}, {.airborne = false}, 400, 0, 3, AcPhase::Air, false},
+        {"taxis on", taxi, taxi, 160, 0, 3, AcPhase::Taxi, true},
+        {"taxis farther than it can", taxi, taxi, 165, 0, 3, AcPhase::Taxi, false},
+        {"is there still later", taxi, taxi, 165, 0, 4, AcPhase::Taxi, true},
+        {"rolls onto its stand", taxi, taxi, 165, 0, 3, AcPhase::Parking, false},
+        {"taxied on unseen while it was pushed", taxi, taxi, 600, 0, 3, AcPhase::AfterPush, true},
+        {"takes off", roll, roll, 700, 0, 3, AcPhase::Taxi, true},
     };
     for (const Case& entry : cases) {
         SCOPED_TRACE(entry.name);
         resetEngine(false);
         resetCounts();
-        hear({});
+        entry.then.airborne ? world.closeAirport() : world.openAirport();
+        hear(entry.first);
         liveAcs.front().phase = entry.phase;
-        hear({.position = offset({47.6, 8.3}, 90.0, entry.metres),
-              .altFt = entry.altFt,
-              .trackDeg = 180.0,
-              .timeS = 1000.0 + entry.afterS});
-        EXPECT_EQ(reasonTotal(Reason::PlaceImplausible), entry.taken ? 0U : 1U);
-    }
-}
-
-TEST_F(FeedIntake, PlacesOnTheGroundAreHeldAgainstWhatTaxiingReaches) {
-    struct Case {
-        const char* name;
-        bool flewBefore;
-        double gsKt, metres, afterS;
-        AcPhase phase;
-        bool taken;
-    };
-    const Case cases[] = {
-        {"taxis on", false, 10, 160, 3, AcPhase::Taxi, true},
-        {"taxis farther than it can", false, 10, 165, 3, AcPhase::Taxi, false},
-        {"is there still later", false, 10, 165, 4, AcPhase::Taxi, true},
-        {"rolls onto its stand", false, 10, 165, 3, AcPhase::Parking, false},
-        {"taxied on unseen while it was pushed", false, 10, 600, 3, AcPhase::AfterPush, true},
-        {"takes off", false, 60, 700, 3, AcPhase::Taxi, true},
-        {"flew 6,000 ft above", true, 250, 400, 3, AcPhase::Air, false},
-    };
-    world.openAirport();
-    for (const Case& entry : cases) {
-        SCOPED_TRACE(entry.name);
-        resetEngine(false);
-        resetCounts();
-        hear({.altFt = 7500.0, .gsKt = entry.gsKt, .airborne = entry.flewBefore});
-        liveAcs.front().phase = entry.phase;
-        hear({.position = offset({47.6, 8.3}, 90.0, entry.metres),
-              .gsKt = entry.gsKt,
-              .trackDeg = 180.0,
-              .timeS = 1000.0 + entry.afterS,
-              .airborne = false});
+        Sighting then = entry.then;
+        then.position = offset(then.position, 90.0, entry.metres);
+        then.altFt = entry.altFt;
+        then.trackDeg = 180.0;
+        then.timeS += entry.afterS;
+        hear(then);
         EXPECT_EQ(reasonTotal(Reason::PlaceImplausible), entry.taken ? 0U : 1U);
     }
 }
