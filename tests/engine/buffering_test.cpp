@@ -92,13 +92,6 @@ TEST_F(Buffering, TargetThatFellSilentNeverAppears) {
     EXPECT_TRUE(spawnList.empty());
 }
 
-TEST_F(Buffering, SilentTargetWithMorePointsEnters) {
-    LiveAc& ac = addBuffered(flight(2));
-    world.setTick(due);
-    updateBufferAc(ac);
-    EXPECT_EQ(ac.state, AcState::Requested);
-}
-
 TEST_F(Buffering, TakeOffInTheBufferEntersInTheAir) {
     std::vector<TrackPoint> points = flight(3);
     points.insert(points.begin(), groundPoint(offset(place, 270.0, 2000.0), 140.0, due - 500));
@@ -365,14 +358,6 @@ TEST_F(Buffering, TargetWithoutLiveryIsNotSearchedTwice) {
     EXPECT_EQ(third.state, AcState::Requested);
 }
 
-TEST_F(Buffering, KeyOfAnUnmatchedTargetIsInColumns) {
-    AcBase ac;
-    ac.airline = "X";
-    ac.acType = "B6";
-    ac.regcode = "N1";
-    EXPECT_EQ(unmatchedKey(ac), "X   B6   N1");
-}
-
 TEST_F(Buffering, TitleOfATargetOutlivesItsRecord) {
     LiveAc& ac = addBuffered(flight(3));
     const std::uint32_t hexid = ac.hexid;
@@ -425,18 +410,6 @@ TEST_F(Buffering, GhostsNeverEnterBesideTheRealTarget) {
         EXPECT_EQ(ghost.reason, entry.refusal);
         EXPECT_EQ(ghost.state == AcState::Requested, entry.refusal == Reason::None);
     }
-}
-
-TEST_F(Buffering, RealTargetDrivesItsGhostOut) {
-    LiveAc& ghost = world.addLive("SWR100_", AcState::Live, AcPhase::Air, flight(3));
-    LiveAc& real = addBuffered(flight(3), "SWR100");
-    world.setTick(due);
-    updateBufferAc(real);
-    EXPECT_EQ(real.state, AcState::Requested);
-    EXPECT_EQ(ghost.state, AcState::Removing);
-    EXPECT_EQ(ghost.reason, Reason::GhostReplaced);
-    ASSERT_EQ(ghostCallsigns.size(), 1U);
-    EXPECT_EQ(ghostCallsigns.front(), "SWR100_");
 }
 
 TEST_F(Buffering, FirstStateInFlightIsThatOfTheFrontPoint) {

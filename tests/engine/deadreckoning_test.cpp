@@ -170,21 +170,6 @@ TEST_F(DeadReckoning, SilentRollsAccelerateAndBrake) {
     }
 }
 
-TEST_F(DeadReckoning, SilentTaxiWaitsAsLongAsItMay) {
-    MAX_HOLDING_MINUTES.set(2);
-    LiveAc& ac = onGround(AcPhase::Taxi, 8);
-    Flown flown(world, ac);
-    // "More than two minutes", in whole minutes: until the third is full.
-    flown.flyTo(now + 3 * 6000 - 1);
-    ASSERT_FALSE(flown.gone());
-    EXPECT_TRUE(flown.ac().holding);
-    EXPECT_LT(flown.motion().metres, 0.01) << "it stands";
-    EXPECT_LT(flown.motion().headingDeg, 0.01) << "and does not turn on the spot";
-    flown.flyTo(now + 3 * 6000 + 301);
-    EXPECT_TRUE(flown.gone());
-    EXPECT_EQ(flown.ac().reason, Reason::HeldTooLong);
-}
-
 TEST_F(DeadReckoning, WaitIsExtendedByThreeSecondsAtATimeAndARollGoesOnForTen) {
     LiveAc& ac = onGround(AcPhase::Taxi, 8);
     ASSERT_TRUE(lf_extendTrack(ac));
@@ -269,18 +254,6 @@ TEST_F(DeadReckoning, AircraftWithoutAWayToGoOnNeverHangsThePass) {
     ac.phase = AcPhase::Taxi;
     nextPosMain(ac);
     EXPECT_EQ(ac.state, AcState::Removing);
-}
-
-TEST_F(DeadReckoning, DataThatReturnEndTheCoasting) {
-    Flown flown(world, flying());
-    flown.reportHeights(false);
-    flown.flyTo(now + 2000);
-    ASSERT_GT(flown.ac().reckonLeft, 0);
-    TrackPoint back = airPoint(offset(place, 90, 5000), 8000, 200, now + 5000);
-    lf_addPosition(flown.ac(), back);
-    EXPECT_EQ(flown.ac().reckonLeft, 0);
-    flown.flyTo(now + 2010);
-    EXPECT_EQ(flown.ac().track.front().position(), back.position());
 }
 
 } // namespace

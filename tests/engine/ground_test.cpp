@@ -150,37 +150,6 @@ TEST_F(Ground, CurveHasNoPointOutsideItsRangeNorWithoutItsControlPoint) {
     }
 }
 
-TEST_F(Ground, CornerIsFlownSmoothlyThrough) {
-    // A turn back that is too sharp for the time of its leg is finished on the next one.
-    struct {
-        double turnDeg;
-        double lagDeg; ///< of the nose behind the curve
-    } const table[] = {{30.0, 5.0}, {90.0, 5.0}, {-60.0, 5.0}, {-120.0, 50.0}};
-    for (const auto& row : table) {
-        world.setTick(now);
-        LiveAc& ac = atCorner(row.turnDeg, 45.0, 10.0);
-        const LatLon end = ac.track[2].position();
-        Flown flown(world, ac);
-        double furthestBehind = 0.0;
-        flown.flyTo(now + 2500, [&](const LiveAc& flownAc) {
-            if (curveActive(flownAc)) {
-                const auto point = lf_evalCurve(flownAc, flownAc.curveT);
-                furthestBehind =
-                    std::max(furthestBehind,
-                             std::abs(gf_angleDiff(flownAc.simState.heading, point->heading)) * degPerRad);
-            }
-        });
-        // 10 kt is 5 cm a tick; the curve begins and ends faster than its mean.
-        EXPECT_LT(flown.motion().metres, 0.12) << row.turnDeg;
-        EXPECT_LT(flown.motion().headingDeg, 0.5) << row.turnDeg;
-        EXPECT_LT(furthestBehind, std::max(row.lagDeg, 30.0)) << row.turnDeg << ": slides sideways";
-        EXPECT_LT(gf_distanceNm(flown.ac().simState.position(), end) * metresPerNm, 2.0) << row.turnDeg;
-        const double wanted = (90.0 + row.turnDeg) * radPerDeg;
-        EXPECT_LT(std::abs(gf_angleDiff(flown.ac().simState.heading, wanted)) * degPerRad, row.lagDeg)
-            << row.turnDeg;
-    }
-}
-
 TEST_F(Ground, LongLegWithAChangeOfSpeedIsSplit) {
     struct {
         const char* name;
@@ -338,20 +307,6 @@ TEST_F(LeavingStand, AircraftPullsOutTowardsAPositionAheadAndIsPushedTowardsOneB
     }
 }
 
-TEST_F(LeavingStand, PullingOutRollsAheadAtPushSpeedWithoutTurning) {
-    LiveAc& ac = parkedAndMoving(20.0);
-    Flown flown(world, ac);
-    const double span = ac.halfSpanNm * metresPerNm;
-    // 4 kt is 2.06 m a second.
-    const auto ticks = static_cast<std::int32_t>(2.0 * span / 2.0578 * ticksPerSecond);
-    flown.flyTo(now + ticks + 200);
-    EXPECT_EQ(flown.ac().phase, AcPhase::Taxi);
-    EXPECT_LT(flown.motion().metres, 0.03);
-    EXPECT_LT(flown.motion().headingDeg, 0.01);
-    EXPECT_NEAR(gf_distanceNm(flown.ac().simState.position(), place) * metresPerNm, 2.0 * span, 0.5);
-    EXPECT_THAT(sent(flown.ac(), simconnect::EngineAutoStart), ElementsAre(0U));
-}
-
 TEST_F(LeavingStand, PushBackWithoutNewsStaysStraightAndMovesTailFirst) {
     LiveAc& ac = parkedAndMoving(170.0);
     Flown flown(world, ac);
@@ -380,28 +335,6 @@ TEST_F(LeavingStand, PushBackWithoutNewsStaysStraightAndMovesTailFirst) {
         lf_addPosition(flown.ac(), groundPoint(offset(place, 180.0, 50.0 + metres), 5, updateCount + 3000));
     }
     EXPECT_EQ(flown.ac().phase, AcPhase::Taxi);
-}
-
-TEST_F(LeavingStand, PushBackTurnsToTheSideThatTheFeedTells) {
-    for (const auto& [trackDeg, side] : {std::pair{90.0, 270.0}, std::pair{270.0, 90.0}}) {
-        world.setTick(now);
-        LiveAc& ac = parkedAndMoving(170.0);
-        Flown flown(world, ac);
-        flown.flyTo(now + 200);
-        TrackPoint msg = groundPoint(offset(place, 180, 60), 2, now + 1000);
-        msg.trackDeg = trackDeg;
-        lf_addPosition(flown.ac(), msg);
-        flown.flyTo(now + 12000);
-        ASSERT_FALSE(flown.gone());
-        EXPECT_EQ(flown.ac().phase, AcPhase::AfterPush);
-        EXPECT_LT(flown.motion().metres, 0.06);
-        EXPECT_LT(flown.motion().headingDeg, 0.25);
-        // The nose ends where the feed's points, the aircraft on the other side of the line.
-        EXPECT_NEAR(flown.ac().simState.heading * degPerRad, trackDeg, 12.0);
-        const LatLon straight = offset(place, 180.0, 50.0);
-        const LatLon expected = offset(straight, side, flown.ac().halfSpanNm * metresPerNm);
-        EXPECT_LT(gf_distanceNm(flown.ac().simState.position(), expected) * metresPerNm, 1.0) << trackDeg;
-    }
 }
 
 TEST_F(LeavingStand, StandThatIsGonePushesNobody) {

@@ -251,16 +251,6 @@ TEST_F(ParkedAircraft, AircraftThatMovesSoonAfterItsLandingIsTowed) {
     }
 }
 
-TEST_F(ParkedAircraft, SilentParkedAircraftThatIsHeardAgainLeavesItsStand) {
-    LiveAc& ac = atStand(AcPhase::Parked);
-    ac.track.front().stationary = true;
-    Flown flown(world, ac);
-    flown.flyTo(now + 5000);
-    lf_addPosition(flown.ac(), groundPoint(offset(place, 180.0 + 28.6, 120.0), 4, now + 8000));
-    flown.flyTo(now + 5010);
-    EXPECT_EQ(flown.ac().phase, AcPhase::PushBack);
-}
-
 // ---- lights and engines ----
 
 TEST_F(ParkedAircraft, LightsOfAParkedAircraftFollowTheSettings) {

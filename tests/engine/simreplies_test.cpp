@@ -244,26 +244,6 @@ TEST_F(SimReplies, StaticAircraftSettlesAndLeaves) {
     EXPECT_TRUE(staticAcs.empty());
 }
 
-TEST_F(SimReplies, RemovalOfOneLeavesTheOthersWhole) {
-    std::vector<std::uint32_t> objects;
-    for (int i = 0; i < 4; ++i) {
-        objects.push_back(world
-                              .addLive("T" + std::to_string(i), AcState::Live, AcPhase::Air,
-                                       {airPoint(place, 1000.0 * i, 250, 90000)})
-                              .objectId);
-    }
-    lf_removeAc(*liveByObjectId(objects[1]), Reason::LiveLimit);
-    reply({.objectId = objects[1], .kind = SimCommand::Kind::Removed});
-    ASSERT_EQ(liveAcs.size(), 3U);
-    EXPECT_EQ(liveByObjectId(objects[1]), nullptr);
-    for (const int i : {0, 2, 3}) {
-        const LiveAc* ac = liveByObjectId(objects[static_cast<std::size_t>(i)]);
-        ASSERT_NE(ac, nullptr);
-        EXPECT_EQ(ac->callsign, "T" + std::to_string(i));
-        EXPECT_EQ(ac->track.front().altFt, 1000.0 * i);
-    }
-}
-
 TEST_F(SimReplies, RemovedAircraftWaitsForNoCoupledCheck) {
     LiveAc& ac =
         world.addLive("SWR100", AcState::Removing, AcPhase::Air, {airPoint(place, 6000, 250, 90000)});

@@ -162,15 +162,6 @@ TEST(Scenario, SameSeedGivesTheSameFlightsToTheLastBit) {
     EXPECT_TRUE(first == fly(7)) << "another flight from the same seed";
 }
 
-TEST(Scenario, RefusedCreationLeavesNoRecordAndTheOthersFly) {
-    ScenarioWorld world({.user = {47.0, 8.0}, .userAltFt = 30000.0});
-    world.simulator().refuseNextCreations(1);
-    world.feed(recorded("enroute_switzerland_2018.csv", 0.0));
-    world.play(60);
-    EXPECT_EQ(reasonTotal(Reason::CreationRefused), 1U);
-    EXPECT_GE(world.simulator().objects().size(), 5U) << "the others fly";
-}
-
 TEST(Scenario, PauseFreezesTheTablesAndTheFlightGoesOn) {
     ScenarioWorld world({.user = {47.0, 8.0}, .userAltFt = 30000.0});
     world.feed(recorded("enroute_switzerland_2018.csv", 0.0));

@@ -185,20 +185,6 @@ TEST(GroundStories, QueueMovesUpInOrder) {
     }
 }
 
-TEST(GroundStories, StandDisappearsUnderTheAircraft) {
-    Apron apron;
-    Way way;
-    way.at(zurich).stand(45).move(180.0, 60.0, 3.0).stand(60).move(180.0, 400.0, 10.0).stand(60);
-    apron.world.feed(traffic({way}));
-    ASSERT_TRUE(apron.play(40));
-    parkPositions().clear();
-    ASSERT_TRUE(apron.play(80)) << "there is nowhere to push it from, so it stays";
-    EXPECT_EQ(apron.first().phase, AcPhase::Parked);
-    EXPECT_EQ(apron.metresFrom(zurich), 0.0);
-    apron.play(100);
-    EXPECT_EQ(reasonTotal(Reason::LeftStandFar), 1U) << "it is shown where nothing is any more";
-}
-
 /// Taxis in, parks, is pushed back and taxis out.
 Way inAndOut() {
     Way way;

@@ -177,17 +177,6 @@ TEST_F(UserOnTheApron, WhoeverIsInTheWayOfATaxiingUserGoes) {
     EXPECT_GT(apron.spectator.closestM(), halfSpanM) << "the user's nose was under a wing";
 }
 
-TEST_F(UserOnTheApron, NobodyAppearsNearTheUser) {
-    Way way("SWR1");
-    way.at(offset(zurich, 180.0, 100.0)).move(180.0, 40.0, 2.0).move(180.0, 300.0, 6.0);
-    apron.world.feed(traffic({way}));
-    apron.play(60);
-    EXPECT_FALSE(apron.shows("SWR1")) << "beside the user out of nothing";
-    apron.play(50);
-    EXPECT_TRUE(apron.shows("SWR1"));
-    EXPECT_GT(apron.spectator.closestM(), 150.0);
-}
-
 // Lands to the north, parks on A1, is silent for five minutes, and is towed over to A2.
 TEST(StandStories, TowedToAnotherStand) {
     Apron apron;
