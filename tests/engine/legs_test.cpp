@@ -167,6 +167,13 @@ TEST_F(Legs, HelicopterHoversAtAStandingPoint) {
     EXPECT_TRUE(ac.track.front().stationary);
     EXPECT_EQ(ac.dLat, 0.0);
     EXPECT_EQ(ac.track.front().dueTick, now + 500) << "the hover lasts as long as the feed's";
+    ac.dHeading = 0.001; // what is left of a turn
+    ac.dBank = 0.001;
+    Flown flown(world, ac);
+    flown.flyTo(now + 499);
+    EXPECT_EQ(flown.motion().headingDeg, 0.0);
+    EXPECT_EQ(flown.motion().bankDeg, 0.0);
+    EXPECT_EQ(flown.motion().metres, 0.0);
 }
 
 TEST_F(Legs, HelicopterThatComesToAHoverKeepsItsHeading) {

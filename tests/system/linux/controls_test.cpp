@@ -257,8 +257,8 @@ void bringAnAirportInSight(Session& session) {
 }
 
 void seeItsAircraft(Session& session) {
+    EXPECT_TRUE(waitFor([&] { return session.objects(true).size() > 7; }, 60s)) << "nobody parks";
     session.expectEnabled(control::ParkFake, true, 120s);
-    EXPECT_GT(session.objects(true).size(), 7U);
     session.expectBox(control::LateralRange, "LATERAL_RANGE", "100", "100", 30s);
     session.hand.click(control::AutoRange);
     session.expectEnabled(control::AutoRangeAboveHeight, false);
