@@ -95,11 +95,13 @@ TEST_F(Declared, TheUserSnapshotHoldsTwelveValuesInTheirUnits) {
 TEST_F(Declared, TextsComeInTheirFields) {
     world.setUserAircraft("Aerosoft A320", "A320");
     client.request(RequestUserTitle, DefinitionTitle, objectIdUser, PeriodOnce);
-    PacketReader title = client.takeOne(RecvSimobjectData).body(7);
+    const Received ofTitle = client.takeOne(RecvSimobjectData);
+    PacketReader title = ofTitle.body(7);
     EXPECT_EQ(title.openText(), "Aerosoft A320");
     EXPECT_EQ(title.left(), 0U);
     client.request(RequestUserModel, DefinitionModel, objectIdUser, PeriodOnce);
-    PacketReader model = client.takeOne(RecvSimobjectData).body(7);
+    const Received ofModel = client.takeOne(RecvSimobjectData);
+    PacketReader model = ofModel.body(7);
     EXPECT_EQ(model.text(32), "A320");
     EXPECT_EQ(model.left(), 0U);
 }
@@ -148,7 +150,8 @@ TEST(Protocol, ADefinitionAnswersInTheAskedUnitAndTypeOrIsRefused) {
             EXPECT_EQ(client.exceptionOf(request), ExceptionUnrecognizedId) << "nothing of it stays";
             continue;
         }
-        PacketReader body = client.takeOne(RecvSimobjectData).body(7);
+        const Received answer = client.takeOne(RecvSimobjectData);
+        PacketReader body = answer.body(7);
         const double value = each.type == TypeInt32     ? body.i32()
                              : each.type == TypeFloat32 ? static_cast<double>(body.f32())
                                                         : body.f64();
