@@ -4,15 +4,17 @@
 // outcome does not depend on which thread was faster.
 
 #include <algorithm>
-#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
+#include <exception>
 #include <functional>
-#include <future>
 #include <mutex>
+#include <optional>
 #include <thread>
+#include <type_traits>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace kst {
@@ -48,48 +50,81 @@ public:
     OrderedTasks& operator=(const OrderedTasks&) = delete;
 
     void add(std::function<Result()> task) {
-        std::packaged_task<Result()> packaged(std::move(task));
-        results_.push_back(packaged.get_future());
+        slots_.emplace_back().task = std::move(task);
         {
             const std::lock_guard guard(lock_);
-            waiting_.push_back(std::move(packaged));
+            waiting_.push_back(&slots_.back());
         }
         changed_.notify_one();
     }
 
     /// Tasks whose results have not been taken yet.
-    std::size_t pending() const { return results_.size(); }
+    std::size_t pending() const { return slots_.size(); }
     /// Whether the result of the oldest of them is there.
     bool ready() const {
-        return !results_.empty() &&
-               results_.front().wait_for(std::chrono::seconds{0}) == std::future_status::ready;
+        const std::lock_guard guard(lock_);
+        return !slots_.empty() && slots_.front().done;
     }
     /// Takes the result of the oldest, waiting for it; rethrows what its task threw. Needs one pending.
     Result take() {
-        std::future<Result> result = std::move(results_.front());
-        results_.pop_front();
-        return result.get();
+        {
+            std::unique_lock guard(lock_);
+            finished_.wait(guard, [this] { return slots_.front().done; });
+        }
+        Slot slot = std::move(slots_.front());
+        slots_.pop_front();
+        if (slot.thrown) {
+            std::rethrow_exception(slot.thrown);
+        }
+        if constexpr (!std::is_void_v<Result>) {
+            return std::move(*slot.value);
+        }
     }
 
 private:
+    /// A task and what came of it. The thread that runs it lets go of all of it before it is done.
+    struct Slot {
+        std::function<Result()> task;
+        std::optional<std::conditional_t<std::is_void_v<Result>, std::monostate, Result>> value;
+        std::exception_ptr thrown;
+        bool done = false; ///< guarded by the lock
+    };
+
+    static void run(Slot& slot) {
+        try {
+            if constexpr (std::is_void_v<Result>) {
+                slot.task();
+            } else {
+                slot.value.emplace(slot.task());
+            }
+        } catch (...) {
+            slot.thrown = std::current_exception();
+        }
+        slot.task = nullptr;
+    }
+
     void work() {
+        std::unique_lock guard(lock_);
         while (true) {
-            std::unique_lock guard(lock_);
             changed_.wait(guard, [this] { return closed_ || !waiting_.empty(); });
             if (closed_) {
                 return;
             }
-            std::packaged_task<Result()> task = std::move(waiting_.front());
+            Slot& slot = *waiting_.front();
             waiting_.pop_front();
             guard.unlock();
-            task();
+            run(slot);
+            guard.lock();
+            slot.done = true;
+            finished_.notify_one();
         }
     }
 
-    std::deque<std::future<Result>> results_; ///< the owner's
-    std::mutex lock_;                         ///< guards what follows
+    std::deque<Slot> slots_;  ///< the owner's, but for those that run
+    mutable std::mutex lock_; ///< guards what follows
     std::condition_variable changed_;
-    std::deque<std::packaged_task<Result()>> waiting_;
+    std::condition_variable finished_;
+    std::deque<Slot*> waiting_;
     bool closed_ = false;
     std::vector<std::thread> threads_;
 };
