@@ -43,8 +43,10 @@ void fuzz(std::string_view input) {
     (void)kst::gf_regcodeRecord(text.substr(0, 12));
     (void)kst::gf_publisherOfFile(text.substr(0, 100));
     const auto asWhole = registrations([&text](kst::ReferenceTables& tables) {
+        // In its own place as well: the parser judges a text with a zero in it otherwise elsewhere.
+        std::string usedUp = text;
         pugi::xml_document document;
-        if (!document.load_buffer(text.data(), text.size())) {
+        if (!document.load_buffer_inplace(usedUp.data(), usedUp.size())) {
             throw std::runtime_error("no XML");
         }
         kst::readReferenceDocument(document, "fuzz", tables);
