@@ -71,9 +71,8 @@ private:
     int width_; ///< layout pixels, as the height
     int height_;
     HWND handle_ = nullptr;
-    HWND focused_ =
-        nullptr;     ///< the control that had the keyboard before the window was left or it was disabled
-    POINT position_; ///< of the outer frame; stays while the window is minimised
+    HWND focused_ = nullptr; ///< had the keyboard before the window was left or the control disabled
+    POINT position_;         ///< of the outer frame; stays while the window is minimised
     Scale scale_;
     std::atomic<int> dotsPerInch_{plainDotsPerInch}; ///< of `scale_`, for the other threads
     Font font_;
